@@ -1,0 +1,194 @@
+#!/usr/bin/env bash
+# Checks everything: sources, native builds, sanitizers, fuzz targets, Windows builds under Wine.
+#
+#   ./test.sh                    all
+#   ./test.sh checks asan ...    some of: checks native asan tsan fuzz tidy windows
+#
+# Every step runs, also when one before it failed. Logs of the steps lie in build/test-logs. The last line is
+# "N passed, N failed", counted in steps; the exit status is 1 when one failed.
+set -u
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+cd "$root" || exit 1
+logs=$root/build/test-logs
+jobs=$(nproc)
+groups=("$@")
+((${#groups[@]})) || groups=(checks native asan tsan fuzz tidy windows)
+
+passed=0
+failures=()
+scratch=$(mktemp -d)
+mkdir -p "$logs"
+
+# --- Steps ------------------------------------------------------------------------------------------------------------
+
+# record NAME STATUS SECONDS
+record() {
+    if (($2 == 0)); then
+        passed=$((passed + 1))
+        printf 'ok    %-40s %4ds\n' "$1" "$3"
+    else
+        failures+=("$1")
+        printf 'FAIL  %-40s %4ds\n' "$1" "$3"
+        tail -n 60 "$logs/${1//\//-}.log" | sed 's/^/      /'
+    fi
+}
+
+# step NAME COMMAND...: runs the command with its output in the step's log.
+step() {
+    local name=$1 start=$SECONDS status
+    shift
+    "$@" >"$logs/${name//\//-}.log" 2>&1 </dev/null
+    status=$?
+    record "$name" "$status" $((SECONDS - start))
+    return "$status"
+}
+
+# start_step NAME COMMAND...: the same beside others, at most as many as there are processors; finish_steps waits.
+started=()
+start_step() {
+    local name=$1
+    shift
+    while (($(jobs -rp | wc -l) >= jobs)); do wait -n; done
+    started+=("$name")
+    (
+        begin=$SECONDS
+        "$@" >"$logs/${name//\//-}.log" 2>&1 </dev/null
+        echo "$? $((SECONDS - begin))" >"$scratch/${name//\//-}.result"
+    ) &
+}
+finish_steps() {
+    local name status seconds
+    ((${#started[@]})) && wait $(jobs -rp)
+    for name in "${started[@]}"; do
+        read -r status seconds <"$scratch/${name//\//-}.result"
+        record "$name" "$status" "$seconds"
+    done
+    started=()
+}
+
+not_run() {
+    echo "not run, because $2 failed" >"$logs/${1//\//-}.log"
+    record "$1" 1 0
+}
+
+# build PRESET
+build() { step "$1/build" bash -c "cmake --preset $1 && cmake --build --preset $1 -- -k 0 -j $jobs"; }
+
+# run_binaries PRESET COMMAND...: every test binary of a build, each in one process, with the command before it. That
+# one process goes through machine after machine shows what outlives its machine; ctest gives each test its own.
+run_binaries() {
+    local preset=$1 binary
+    shift
+    for binary in build/"$preset"/bin/test_*; do
+        [[ -x $binary && ($binary != *.* || $binary == *.exe) ]] || continue
+        step "$preset/$(basename "$binary" .exe)" timeout 400 "$@" "$binary" --gtest_brief=1
+    done
+}
+
+# --- Groups -----------------------------------------------------------------------------------------------------------
+
+run_checks() {
+    step check-includes tools/check-includes
+    step check-format tools/check-format
+    step check-words tools/check-words
+}
+
+run_native() {
+    local preset
+    for preset in release debug; do
+        if build $preset; then
+            step $preset/ctest ctest --preset $preset -j "$jobs" --no-tests=error --output-on-failure
+        else
+            not_run $preset/ctest $preset/build
+        fi
+    done
+    step release/exports tools/check-exports build/release/bin/libroundup.so
+}
+
+run_tidy() {
+    # Only the compile commands of the debug build are needed.
+    [[ -f build/debug/compile_commands.json ]] || cmake --preset debug >/dev/null
+    step tidy tools/check-tidy --build build/debug --jobs "$jobs" --seconds 300
+}
+
+run_asan() {
+    export ASAN_OPTIONS=detect_stack_use_after_return=1:strict_string_checks=1 UBSAN_OPTIONS=print_stacktrace=1
+    build asan || return
+    run_binaries asan
+}
+
+run_tsan() {
+    local fixed=()
+    # The runtime of the compiler cannot cope with the widest randomisation of addresses that kernels do.
+    setarch -R true 2>/dev/null && fixed=(setarch -R)
+    export TSAN_OPTIONS=second_deadlock_stack=1
+    build tsan || return
+    run_binaries tsan "${fixed[@]}"
+}
+
+run_fuzz() {
+    local binary name
+    build fuzz || return
+    for binary in build/fuzz/bin/fuzz_*; do
+        [[ -x $binary ]] || continue
+        name=$(basename "$binary")
+        name=${name#fuzz_}
+        mkdir -p "$scratch/corpus/$name" "$logs/fuzz"
+        start_step "fuzz/$name" timeout 120 "$binary" -runs=20000 -max_total_time=20 -timeout=10 -rss_limit_mb=2048 \
+            -print_final_stats=1 -artifact_prefix="$logs/fuzz/$name-" "$scratch/corpus/$name" "tests/fuzz/corpus/$name"
+    done
+    finish_steps
+}
+
+wine_started=no
+start_wine() {
+    export WINEPREFIX=$scratch/wine WINEARCH=win64 WINEDEBUG=-all
+    # Neither .NET nor a browser is wanted, and Wine would ask a person whether to download them.
+    export WINEDLLOVERRIDES='mscoree,mshtml='
+    if command -v Xvfb >/dev/null; then
+        Xvfb -displayfd 3 -screen 0 1024x768x24 -nolisten tcp 3>"$scratch/display" >/dev/null 2>&1 &
+        xvfb=$!
+        for _ in {1..50}; do
+            [[ -s $scratch/display ]] && break
+            sleep 0.1
+        done
+        export DISPLAY=:$(cat "$scratch/display")
+    fi
+    wine_started=yes
+    timeout 180 wineboot --init && wineserver -w
+}
+
+run_windows() {
+    local preset bits
+    step wine/prefix start_wine
+    for preset in mingw64 mingw32; do
+        build $preset || continue
+        run_binaries $preset wine
+        if [[ -f build/$preset/bin/Roundup.dll ]]; then
+            step $preset/exports tools/check-exports build/$preset/bin/Roundup.dll
+        fi
+    done
+}
+
+finish() {
+    if [[ $wine_started == yes ]]; then
+        wineserver -k 2>/dev/null
+        [[ -n ${xvfb:-} ]] && kill "$xvfb" 2>/dev/null
+    fi
+    rm -rf "$scratch"
+}
+trap finish EXIT
+
+step setup tools/setup-debian.sh test
+for group in "${groups[@]}"; do
+    if ! declare -F "run_$group" >/dev/null; then
+        echo "test.sh: no group $group" >&2
+        exit 2
+    fi
+    "run_$group"
+done
+
+((${#failures[@]})) && printf '\nFailed: %s\n' "${failures[*]}"
+printf '\n%d seconds\n%d passed, %d failed\n' "$SECONDS" "$passed" "${#failures[@]}"
+((${#failures[@]} == 0))
