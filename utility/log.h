@@ -1,0 +1,20 @@
+// The log: one UTF-16 file in the machine's temporary folder.
+#pragma once
+
+#include "utility/formattext.h"
+
+namespace roundup {
+
+namespace log_detail {
+void WriteLine(std::u16string_view format, const formattext_detail::Argument* list, std::size_t count) noexcept;
+}
+
+// Writes one line: time stamp, thread number, "[ITL]" and the message. Never fails towards its caller, takes no lock
+// but the log's own, and may be called from every thread while any other lock is held.
+template <class... Args>
+void TraceLine(TextFormat<Args...> format, const Args&... args) noexcept {
+    const formattext_detail::Argument list[] = {formattext_detail::Argument(args)..., formattext_detail::Argument()};
+    log_detail::WriteLine(format.Text(), list, sizeof...(Args));
+}
+
+}  // namespace roundup
