@@ -30,7 +30,7 @@ record() {
     else
         failures+=("$1")
         printf 'FAIL  %-40s %4ds\n' "$1" "$3"
-        tail -n 60 "$logs/${1//\//-}.log" | sed 's/^/      /'
+        grep -vE "^\[[0-9]+/[0-9]+\]" "$logs/${1//\//-}.log" | tail -n 40 | sed 's/^/      /'
     fi
 }
 
@@ -46,25 +46,28 @@ step() {
 
 # start_step NAME COMMAND...: the same beside others, at most as many as there are processors; finish_steps waits.
 started=()
+pids=()
 start_step() {
     local name=$1
     shift
-    while (($(jobs -rp | wc -l) >= jobs)); do wait -n; done
+    ((${#pids[@]} < jobs)) || { wait "${pids[0]}" && pids=("${pids[@]:1}"); }
     started+=("$name")
     (
         begin=$SECONDS
         "$@" >"$logs/${name//\//-}.log" 2>&1 </dev/null
         echo "$? $((SECONDS - begin))" >"$scratch/${name//\//-}.result"
     ) &
+    pids+=($!)
 }
 finish_steps() {
     local name status seconds
-    ((${#started[@]})) && wait $(jobs -rp)
+    ((${#pids[@]})) && wait "${pids[@]}"
     for name in "${started[@]}"; do
         read -r status seconds <"$scratch/${name//\//-}.result"
         record "$name" "$status" "$seconds"
     done
     started=()
+    pids=()
 }
 
 not_run() {
@@ -73,7 +76,7 @@ not_run() {
 }
 
 # build PRESET
-build() { step "$1/build" bash -c "cmake --preset $1 && cmake --build --preset $1 -- -k 0 -j $jobs"; }
+build() { step "$1/build" bash -c "cmake --log-level=WARNING --preset $1 && cmake --build --preset $1 -- -k 0 -j $jobs"; }
 
 # run_binaries PRESET COMMAND...: every test binary of a build, each in one process, with the command before it. That
 # one process goes through machine after machine shows what outlives its machine; ctest gives each test its own.

@@ -9,7 +9,7 @@ set -euo pipefail
 
 level=${1:-test}
 packages=(g++ cmake ninja-build pkg-config
-    libhivex-dev libmsi-dev libglib2.0-dev liblnk-dev libpng-dev
+    libhivex-dev libmsi-dev libglib2.0-dev liblnk-dev libbfio-dev libpng-dev
     libcli11-dev nlohmann-json3-dev)
 case $level in
 run) ;;
