@@ -1,23 +1,14 @@
-// Counted objects: the root interface of everything that is shared, and the pointer that holds a reference.
+// Counted objects: the count behind an interface, and the pointer that holds a reference.
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 
-namespace roundup {
+#include "utility/ikvobject.h"
 
-// Hosts depend on the order of the operations.
-class IKvObject {
-  public:
-    // Both answer the new count and may be called from every thread.
-    virtual std::uint32_t AddRef() = 0;
-    // At zero it calls OnFinalRelease and destroys the object.
-    virtual std::uint32_t Release() = 0;
-    // Runs while the object is still whole.
-    virtual void OnFinalRelease() {}
-    virtual ~IKvObject() = default;
-};
+namespace roundup {
 
 // Adds the count to interface T. An object starts with one reference, that of its maker.
 template <class T>

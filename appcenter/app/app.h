@@ -1,0 +1,100 @@
+// An application that the Uninstall keys or the books of the installer tell of.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <set>
+#include <vector>
+
+#include "appcenter/app/iapp.h"
+#include "appcenter/appfile/appfile.h"
+#include "utility/guid.h"
+#include "utility/ownedstring.h"
+#include "utility/stringset.h"
+
+namespace roundup {
+
+// The sources of the catalogue fill the fields directly; a text that is null or empty is not known. A forest of
+// applications may be deep: no operation here descends by recursion, but for Serialize and ReSerialize, whose depth
+// has a limit.
+class CApp : public CKvObject<IApp> {
+  public:
+    CApp() = default;
+    ~CApp() override;
+
+    bool IsValid() const override { return true; }
+    bool DependsOn(IApp*) const override { return false; }
+    std::uint32_t CheckSystemVersion(const OsVersionInfo&) const override { return 0; }
+    std::int32_t IsAppx() const override { return 0; }
+    std::int32_t IsFramework() const override { return 0; }
+    std::int64_t GetEstimatedSize() const override { return llEstimatedSize; }
+    std::int64_t GetGatheredSize() const override { return llGatheredSize; }
+    std::uint64_t GetFlags() const override { return qwFlags; }
+    IApp* SetTag(std::uint32_t tag) override {
+        dwTag = tag;
+        return this;
+    }
+    const char16_t* GetName() const override { return pwszName.Get(); }
+    const char16_t* GetPublisher() const override { return pwszPublisher.Get(); }
+    const char16_t* GetInstallDate() const override { return pwszInstallDate.Get(); }
+    const Guid* GetCode() const override { return &ProductCode; }
+    const std::uint8_t* GetIconData() const override { return pIconData.get(); }
+    std::uint32_t GetIconDataSize() const override { return dwIconDataSize; }
+    void FillAppInfo(AppRecordEx& record) const override;
+    const char16_t* GetDirectory(std::uint32_t index) const override;
+    bool IsSame(const AppRecordEx& record) const override;
+    bool IsSameOrHolds(const AppRecordEx& record) const override;
+    bool IsGathered() const override;
+    void UnGather() override;
+    ResultCode Gather(IApp* root, IRemoveRepeatReg* filter) override;
+    void GetDrives(CStringSet& drives) const override;
+    void GetSubApps(std::vector<IApp*>& subApps) const override;
+    void GetFilesAndDirectories(std::vector<IWFYFile*>& files, CStringVec& directories) override;
+    // Not 0 when the application has a name and its record stays within 4 GiB.
+    std::uint32_t GetSize() const override;
+    ResultCode Serialize(std::uint8_t* buffer, std::uint32_t size, std::uint32_t& count) const override;
+    ResultCode ReSerialize(const std::uint8_t* buffer, std::uint32_t size, std::uint32_t& count) override;
+
+    // Completes this object from another record of the same application; what is known here is never overwritten.
+    // The icon moves when there is none here. A text that memory is short for stays as it was.
+    void MergeFrom(CApp& source);
+    // True when this application or one below it has a package, a location or an uninstall program.
+    bool HasLocation() const;
+    // Normalises the location, here and below, and follows its mount points into pwszRealInstallLoc.
+    void ResolveRealLocation();
+
+    OwnedString pwszName;
+    std::int64_t llGatheredSize = 0;   // bytes
+    std::int64_t llEstimatedSize = 0;  // bytes
+    std::uint64_t qwFlags = 0;         // AppFlags
+    Guid ProductCode;
+    OwnedString pwszInstallLoc;
+    OwnedString pwszVersion;
+    OwnedString pwszPublisher;
+    OwnedString pwszKeyString;  // names the Uninstall key, the rule files and the files of the config store
+    OwnedString pwszParentKeyName;
+    OwnedString pwszParentDisplayName;
+    OwnedString pwszInstallSource;
+    OwnedString pwszType;     // suite family: OFFICE, VISIO, PROJECT, COMPONENTS
+    OwnedString pwszTypeDes;  // suite family and version, such as OFFICE_2016
+    OwnedString pwszUnInstallProgram;
+    OwnedString pwszIconProgram;
+    OwnedString pwszRealInstallLoc;
+    OwnedString pwszOriginalInstallLoc;  // as first read, before any correction
+    std::uint32_t dwTag = 0;
+    std::unique_ptr<std::uint8_t[]> pIconData;
+    std::uint32_t dwIconDataSize = 0;  // bytes at pIconData
+    OwnedString pwszMsiPath;           // the cached package, a ".msi" or a ".msp"
+    std::vector<std::unique_ptr<CWFYFile>> Files;
+    CStringSet FilePaths;          // what the gather has added so far
+    CStringSet Directories;        // each ends in a backslash
+    CStringSet SystemDirectories;  // special folders of the system; in no record
+    std::vector<RefPtr<IApp>> SubApps;
+    std::set<Guid> RelatedCodes;
+    OwnedString pwszInstallDate;
+    // Point into Files.
+    CWFYFile* pConfigFile = nullptr;
+    CWFYFile* pIndexFile = nullptr;
+};
+
+}  // namespace roundup
