@@ -1,6 +1,7 @@
 // An application that the Uninstall keys or the books of the installer tell of.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <set>
@@ -38,7 +39,7 @@ class CApp : public CKvObject<IApp> {
     const char16_t* GetPublisher() const override { return pwszPublisher.Get(); }
     const char16_t* GetInstallDate() const override { return pwszInstallDate.Get(); }
     const Guid* GetCode() const override { return &ProductCode; }
-    const std::uint8_t* GetIconData() const override { return pIconData.get(); }
+    const std::byte* GetIconData() const override { return pIconData.get(); }
     std::uint32_t GetIconDataSize() const override { return dwIconDataSize; }
     void FillAppInfo(AppRecordEx& record) const override;
     const char16_t* GetDirectory(std::uint32_t index) const override;
@@ -52,8 +53,8 @@ class CApp : public CKvObject<IApp> {
     void GetFilesAndDirectories(std::vector<IWFYFile*>& files, CStringVec& directories) override;
     // Not 0 when the application has a name and its record stays within 4 GiB.
     std::uint32_t GetSize() const override;
-    ResultCode Serialize(std::uint8_t* buffer, std::uint32_t size, std::uint32_t& count) const override;
-    ResultCode ReSerialize(const std::uint8_t* buffer, std::uint32_t size, std::uint32_t& count) override;
+    ResultCode Serialize(std::byte* buffer, std::uint32_t size, std::uint32_t& count) const override;
+    ResultCode ReSerialize(const std::byte* buffer, std::uint32_t size, std::uint32_t& count) override;
 
     // Completes this object from another record of the same application; what is known here is never overwritten.
     // The icon moves when there is none here. A text that memory is short for stays as it was.
@@ -82,7 +83,7 @@ class CApp : public CKvObject<IApp> {
     OwnedString pwszRealInstallLoc;
     OwnedString pwszOriginalInstallLoc;  // as first read, before any correction
     std::uint32_t dwTag = 0;
-    std::unique_ptr<std::uint8_t[]> pIconData;
+    std::unique_ptr<std::byte[]> pIconData;
     std::uint32_t dwIconDataSize = 0;  // bytes at pIconData
     OwnedString pwszMsiPath;           // the cached package, a ".msi" or a ".msp"
     std::vector<std::unique_ptr<CWFYFile>> Files;

@@ -1,6 +1,7 @@
 // The interface behind which every installed application lives.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -46,7 +47,7 @@ class IApp : public IKvObject {
     // Never null; the nil code when it is not known.
     virtual const Guid* GetCode() const = 0;
     // Null and 0 without an icon; else an icon file of one image.
-    virtual const std::uint8_t* GetIconData() const = 0;
+    virtual const std::byte* GetIconData() const = 0;
     virtual std::uint32_t GetIconDataSize() const = 0;
     // Writes the whole record.
     virtual void FillAppInfo(AppRecordEx& record) const = 0;
@@ -72,10 +73,10 @@ class IApp : public IKvObject {
     // Bytes of the record that Serialize writes; 0 for an application that cannot be stored.
     virtual std::uint32_t GetSize() const = 0;
     // Writes the record; count tells the bytes written.
-    virtual ResultCode Serialize(std::uint8_t* buffer, std::uint32_t size, std::uint32_t& count) const = 0;
+    virtual ResultCode Serialize(std::byte* buffer, std::uint32_t size, std::uint32_t& count) const = 0;
     // Fills a new object from a record; count tells the bytes read. After a failure the object is half filled and
     // fit only to be released.
-    virtual ResultCode ReSerialize(const std::uint8_t* buffer, std::uint32_t size, std::uint32_t& count) = 0;
+    virtual ResultCode ReSerialize(const std::byte* buffer, std::uint32_t size, std::uint32_t& count) = 0;
 };
 
 }  // namespace roundup
