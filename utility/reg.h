@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <string_view>
 
 #include "platform/registry.h"
 #include "utility/kvobject.h"
@@ -30,6 +31,28 @@ class RegValueBlock {
 
   private:
     std::unique_ptr<std::uint32_t[]> m_block;
+};
+
+// One value as EnumValueView shows it: the name lies in the view itself, the bytes in the key until its next read.
+class RegValueView {
+  public:
+    std::u16string_view Name() const noexcept { return {m_name, m_nameLength}; }
+    std::uint32_t Type() const noexcept { return m_type; }
+    std::span<const std::byte> Data() const noexcept { return m_data; }
+    // The bytes as text, to be read as GetString reads them: up to the first zero whatever the type is. An odd byte
+    // at the end is the lower half of a character.
+    std::u16string_view Text() const noexcept;
+    // The bytes as a list of texts, as GetString hands it out: whole when the type is REG_MULTI_SZ, else one text.
+    std::u16string_view TextList() const noexcept;
+
+  private:
+    friend class CWFYRegKey;
+    static constexpr std::uint32_t kNameSize = 260;
+
+    std::span<const std::byte> m_data;
+    std::uint32_t m_type = kRegNone;
+    std::uint32_t m_nameLength = 0;
+    char16_t m_name[kNameSize];
 };
 
 // The operations of one open key. A failure is small code 0x21 with the Win32 error in the upper half unless told
@@ -84,6 +107,9 @@ class CWFYRegKey final : public CKvObject<IRegIO> {
     KeyHandle GetKeyHandle() const noexcept { return m_key; }
     // The value with its type; failures as GetString. block keeps what it held on failure of the read.
     ResultCode QueryValue(const char16_t* name, RegValueBlock& block);
+    // The next value, as EnumValue, without copies; for those that read all values of a key once. A value that cannot
+    // be read is a failure that is not logged, and the walk goes on behind it.
+    ResultCode EnumValueView(RegValueView& value);
 
   private:
     // What the platform was never told of: room to end a text that fills the buffer to its last byte.
