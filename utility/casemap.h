@@ -13,7 +13,8 @@ char16_t LowerBeyondAscii(char16_t c) noexcept;
 }  // namespace casemap_detail
 
 // Simple upper- and lower-case mapping of one UTF-16 unit (UnicodeData.txt); surrogates and units without a mapping
-// stay as they are.
+// stay as they are. Mappings that do not come back are left out, as in Windows' own table (tools/make-casemap.py tells
+// which): so no unit beyond ASCII maps to an ASCII one, and texts equal in upper case are equal in lower case too.
 inline char16_t ToUpper(char16_t c) noexcept {
     if (c < 0x80) return (c >= u'a' && c <= u'z') ? static_cast<char16_t>(c - 0x20) : c;
     return casemap_detail::UpperBeyondAscii(c);
