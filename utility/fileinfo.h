@@ -11,7 +11,7 @@ class CStringSet;
 // ends on one thread; may be nested.
 class FsRedirectGuard {
   public:
-    explicit FsRedirectGuard(bool active = true);
+    FsRedirectGuard();
     ~FsRedirectGuard();
     FsRedirectGuard(const FsRedirectGuard&) = delete;
     FsRedirectGuard& operator=(const FsRedirectGuard&) = delete;

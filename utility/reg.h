@@ -126,7 +126,7 @@ class CWFYRegKey final : public CKvObject<IRegIO> {
     std::uint32_t m_keyCount = 0;
     std::uint32_t m_valueIndex = 0;
     std::uint32_t m_valueCount = 0;
-    std::byte* m_buffer = nullptr;  // m_inline or m_block; null until Open has sized it
+    std::byte* m_buffer = nullptr;   // m_inline or m_block; null until Open has sized it
     std::uint32_t m_bufferSize = 0;  // bytes, as the platform is told
     std::unique_ptr<std::byte[]> m_block;
     std::uint32_t m_blockSize = 0;
