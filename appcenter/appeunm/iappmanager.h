@@ -40,7 +40,8 @@ class IAppManager : public IKvObject {
     // As HasApp, with the sub-applications of the application list.
     virtual std::int32_t HasAppOrSubApp(const AppRecordEx* record) = 0;
     // Finds an application by key and name (a package, with flag 0x20, by its full name), gathers it and hands it
-    // out with a reference. BadArgument when there is none.
+    // out with a reference. BadArgument when there is no such application, GeneralFailure when there is no such
+    // package; else the failure of the gather.
     virtual ResultCode GetGatheredApp(const char16_t* key, const char16_t* name, std::uint64_t flags, IApp** app) = 0;
     // Ends every loop of a load that is under way.
     virtual void Stop() noexcept = 0;

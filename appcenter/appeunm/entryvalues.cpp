@@ -1,0 +1,107 @@
+#include "appcenter/appeunm/entryvalues.h"
+
+#include <algorithm>
+#include <cstring>
+#include <span>
+
+#include "utility/casemap.h"
+
+namespace roundup {
+namespace {
+
+// A slot is a text, or a word behind the texts.
+constexpr std::uint8_t kFirstWord = static_cast<std::uint8_t>(EntryText::Count);
+constexpr std::uint8_t kNoSlot = 0xFF;
+
+constexpr std::uint8_t Slot(EntryText text) { return static_cast<std::uint8_t>(text); }
+constexpr std::uint8_t Slot(EntryWord word) { return static_cast<std::uint8_t>(kFirstWord + static_cast<int>(word)); }
+
+struct NamedSlot {
+    std::u16string_view name;
+    std::uint8_t slot;
+};
+
+// In ascending length, by which a name finds the few that it may be.
+constexpr NamedSlot kNames[] = {
+    {u"Publisher", Slot(EntryText::Publisher)},
+    {u"DisplayName", Slot(EntryText::DisplayName)},
+    {u"DisplayIcon", Slot(EntryText::DisplayIcon)},
+    {u"InstallDate", Slot(EntryText::InstallDate)},
+    {u"ReleaseType", Slot(EntryText::ReleaseType)},
+    {u"LocalPackage", Slot(EntryText::LocalPackage)},
+    {u"ProductCodes", Slot(EntryText::ProductCodes)},
+    {u"LocationRoot", Slot(EntryText::LocationRoot)},
+    {u"EstimatedSize", Slot(EntryWord::EstimatedSize)},
+    {u"ParentKeyName", Slot(EntryText::ParentKeyName)},
+    {u"DisplayVersion", Slot(EntryText::DisplayVersion)},
+    {u"IsMinorUpgrade", Slot(EntryWord::IsMinorUpgrade)},
+    {u"InstallLocation", Slot(EntryText::InstallLocation)},
+    {u"UninstallString", Slot(EntryText::UninstallString)},
+    {u"SystemComponent", Slot(EntryWord::SystemComponent)},
+    {u"WindowsInstaller", Slot(EntryWord::WindowsInstaller)},
+    {u"RegistryLocation", Slot(EntryText::RegistryLocation)},
+    {u"ParentDisplayName", Slot(EntryText::ParentDisplayName)},
+    {u"Inno Setup: App Path", Slot(EntryText::InnoAppPath)},
+};
+static_assert(std::ranges::is_sorted(kNames, {}, [](const NamedSlot& entry) { return entry.name.size(); }));
+
+// The registry's comparison: by upper-cased characters.
+bool IsRegistryName(std::u16string_view name, std::u16string_view known) noexcept {
+    return std::ranges::equal(name, known, [](char16_t a, char16_t b) { return a == b || ToUpper(a) == ToUpper(b); });
+}
+
+std::uint8_t FindSlot(std::u16string_view name) noexcept {
+    for (const NamedSlot& entry : kNames) {
+        if (entry.name.size() < name.size()) continue;
+        if (entry.name.size() > name.size()) break;
+        if (IsRegistryName(name, entry.name)) return entry.slot;
+    }
+    return kNoSlot;
+}
+
+}  // namespace
+
+void EntryValues::Read(CWFYRegKey& key) {
+    for (OwnedString& text : m_texts) text.Reset();
+    m_words.fill(0);
+    m_estimatedQword = 0;
+
+    RegValueView value;
+    for (;;) {
+        const ResultCode rc = key.EnumValueView(value);
+        if (Small(rc) == SmallCode::NoMoreItems) break;
+        if (Succeeded(rc)) Take(value);
+    }
+}
+
+void EntryValues::Take(const RegValueView& value) {
+    const std::uint8_t slot = FindSlot(value.Name());
+    if (slot == kNoSlot) return;
+    if (slot < kFirstWord) {
+        AssignString(m_texts[slot], slot == Slot(EntryText::ProductCodes) ? value.TextList() : value.Text());
+        return;
+    }
+    const std::span<const std::byte> data = value.Data();
+    if (data.empty()) return;
+    if (data.size() <= sizeof(std::uint32_t)) std::memcpy(&m_words[slot - kFirstWord], data.data(), data.size());
+    if (slot == Slot(EntryWord::EstimatedSize) && data.size() <= sizeof(std::uint64_t)) {
+        std::memcpy(&m_estimatedQword, data.data(), data.size());
+    }
+}
+
+std::int64_t EntryValues::EstimatedBytes() const noexcept {
+    const std::uint32_t kilobytes = Word(EntryWord::EstimatedSize);
+    return kilobytes != 0 ? std::int64_t{kilobytes} << 10 : static_cast<std::int64_t>(m_estimatedQword);
+}
+
+bool EntryValues::IsSubordinate() const noexcept {
+    if (Has(EntryText::ParentKeyName) || Has(EntryText::ParentDisplayName)) return true;
+    if (Word(EntryWord::SystemComponent) == 1) return true;
+    const std::u16string_view release = m_texts[static_cast<std::size_t>(EntryText::ReleaseType)];
+    for (const std::u16string_view kind : {u"Hotfix", u"Service Pack", u"Update Rollup"}) {
+        if (EqualsNoCase(release, kind)) return true;
+    }
+    return Word(EntryWord::IsMinorUpgrade) == 1;
+}
+
+}  // namespace roundup

@@ -1,0 +1,111 @@
+#include "appcenter/appeunm/uninstallentry.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <utility>
+
+#include "appcenter/app/app.h"
+#include "appcenter/app/normalize.h"
+#include "appcenter/appeunm/displayicon.h"
+#include "utility/casemap.h"
+#include "utility/commandpaths.h"
+#include "utility/icon2mem.h"
+
+namespace roundup {
+namespace {
+
+void Move(EntryValues& values, EntryText text, OwnedString& target) { target = std::move(values.Text(text)); }
+
+// A braced code, or the packed code of the installer's registry; any other name has none.
+Guid CodeOfKeyName(std::u16string_view name) noexcept {
+    const Guid code = ParseGuid(name, GuidForm::Braced);
+    return code.IsNil() ? ParseGuid(name, GuidForm::Packed) : code;
+}
+
+// The product that an update belongs to, from the place of its books: one name behind the folder of all updates.
+std::u16string_view UpdatedProduct(std::u16string_view registryLocation) noexcept {
+    constexpr std::u16string_view kUpdates = u"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Updates\\";
+    static_assert(kUpdates.size() == 46);
+    if (!StartsWithNoCase(registryLocation, kUpdates)) return {};
+    const std::u16string_view rest = registryLocation.substr(kUpdates.size());
+    return rest.substr(0, rest.find(u'\\'));
+}
+
+void FillParent(CApp& app, EntryValues& values) {
+    Move(values, EntryText::ParentDisplayName, app.pwszParentDisplayName);
+    Move(values, EntryText::ParentKeyName, app.pwszParentKeyName);
+    if (app.pwszParentDisplayName.IsEmpty() && app.pwszParentKeyName.IsEmpty()) return;
+    const std::u16string_view product = UpdatedProduct(values.Text(EntryText::RegistryLocation));
+    if (!product.empty() && !EqualsNoCase(product, app.pwszParentDisplayName)) {
+        AssignString(app.pwszParentDisplayName, product);
+    }
+}
+
+void AddRelatedCodes(CApp& app, std::u16string_view codes) {
+    while (!codes.empty()) {
+        const std::size_t end = std::min(codes.find(u'\0'), codes.size());
+        if (const Guid code = ParseGuid(codes.substr(0, end), GuidForm::Braced); !code.IsNil()) {
+            app.RelatedCodes.insert(code);
+        }
+        codes.remove_prefix(std::min(end + 1, codes.size()));
+    }
+}
+
+void FillUninstallProgram(CApp& app, EntryValues& values) {
+    if (!values.Has(EntryText::UninstallString)) return;
+    const CommandPaths paths(values.Text(EntryText::UninstallString).Get());
+    if (paths.First() == nullptr) return;
+    if (app.pwszInstallLoc.IsEmpty()) AssignString(app.pwszInstallLoc, paths.Last());
+    AssignString(app.pwszUnInstallProgram, paths.First());
+}
+
+void FillIcon(CApp& app, EntryValues& values) {
+    if (!values.Has(EntryText::DisplayIcon)) return;
+    const DisplayIcon icon = ParseDisplayIcon(values.Text(EntryText::DisplayIcon));
+    AssignString(app.pwszIconProgram, icon.path);
+    if (!app.pwszIconProgram.IsEmpty()) {
+        LoadIconBytes(app.pwszIconProgram.Get(), icon.index, app.pIconData, app.dwIconDataSize);
+    }
+    if (app.pwszInstallLoc.IsEmpty()) AssignString(app.pwszInstallLoc, app.pwszIconProgram);
+    // The location as first read is kept here alone: an entry without an icon has none.
+    AssignString(app.pwszOriginalInstallLoc, app.pwszInstallLoc);
+}
+
+void FillLocations(CApp& app, EntryValues& values) {
+    for (const EntryText text : {EntryText::InstallLocation, EntryText::InnoAppPath, EntryText::LocationRoot}) {
+        if (app.pwszInstallLoc.IsEmpty()) Move(values, text, app.pwszInstallLoc);
+    }
+    FillUninstallProgram(app, values);
+    FillIcon(app, values);
+    if (!app.pwszInstallLoc.IsEmpty()) NormalizePaths(app);
+}
+
+std::uint64_t EntryFlags(const EntryValues& values, bool subordinate, const EntryOrigin& origin) noexcept {
+    std::uint64_t flags = 0;
+    if (values.IsInstallerProduct()) flags |= AppFlags::kWindowsInstaller;
+    if (subordinate) flags |= AppFlags::kNotTopLevel;
+    if (origin.view64 && origin.is64BitOS) flags |= AppFlags::k64Bit;
+    if (origin.currentUser) flags |= AppFlags::kCurrentUser;
+    if (origin.view64) flags |= AppFlags::k64BitView;
+    return flags;
+}
+
+}  // namespace
+
+void FillFromEntry(CApp& app, std::u16string_view keyName, EntryValues& values, const EntryOrigin& origin) {
+    app.ProductCode = CodeOfKeyName(keyName);
+    AssignString(app.pwszKeyString, keyName);
+    app.qwFlags = EntryFlags(values, values.IsSubordinate(), origin);
+    app.llEstimatedSize = values.EstimatedBytes();
+    Move(values, EntryText::DisplayName, app.pwszName);
+    Move(values, EntryText::LocalPackage, app.pwszMsiPath);
+    Move(values, EntryText::DisplayVersion, app.pwszVersion);
+    Move(values, EntryText::Publisher, app.pwszPublisher);
+    Move(values, EntryText::InstallDate, app.pwszInstallDate);
+    FillParent(app, values);
+    AddRelatedCodes(app, values.Text(EntryText::ProductCodes));
+    FillLocations(app, values);
+}
+
+}  // namespace roundup
