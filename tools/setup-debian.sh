@@ -18,7 +18,7 @@ test)
     packages+=(git python3 ccache binutils xz-utils expect
         libgtest-dev libgmock-dev googletest libbenchmark-dev
         clang-16 clang-tidy-16 libclang-rt-16-dev clang-format-14
-        libhivex-bin msitools wixl nsis
+        libhivex-bin msitools wixl nsis faketime
         g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix
         wine wine64 wine32:i386 xvfb)
     ;;
