@@ -25,26 +25,23 @@ constexpr std::size_t kLineExtra = 20;            // units of a line's buffer be
 constexpr std::uint64_t kMostSize = 0x800000;     // bytes that the file may have before its head is dropped
 constexpr std::uint32_t kTailSize = 0x400000;     // bytes of it that stay
 constexpr std::uint32_t kWriteSize = 0x40000000;  // bytes for one call of the platform
-constexpr std::size_t kMaxPath = 260;
+constexpr std::size_t kMaxPath = log_detail::kMaxPath;
 
-// Base name of the host's executable: without folder and extension. Empty when it cannot be had.
-OwnedString HostBaseName(ISystem& system) {
+// The host's executable; empty when it cannot be had.
+OwnedString HostExecutable(ISystem& system) {
     OwnedString path;
     std::uint32_t size = kMaxPath;
-    std::uint32_t length = 0;
     // A longer path tells the size that it needs.
-    for (int tries = 0; tries < 2 && length == 0; ++tries) {
-        if (!path.Allocate(size)) return OwnedString();
+    for (int tries = 0; tries < 2; ++tries) {
+        if (!path.Allocate(size)) break;
         const std::uint32_t answer = system.GetHostExecutable(path.Data(), size);
         if (answer < size) {
-            length = answer;
-        } else {
-            size = answer;
+            path.Truncate(answer);
+            return path;
         }
+        size = answer;
     }
-    std::u16string_view name = path.View().substr(0, length);
-    name.remove_prefix(name.find_last_of(u"\\/:") + 1);
-    return OwnedString(name.substr(0, name.rfind(u'.')));
+    return OwnedString();
 }
 
 class LogFile {
@@ -72,16 +69,10 @@ class LogFile {
     }
 
   private:
-    // The product's own host, and one whose name is a piece of the product's, has the shared file.
     void WorkOutPath() {
         FixedText<kMaxPath> folder;
         if (m_system.GetTempFolder(folder.Data(), kMaxPath) >= kMaxPath) folder.Clear();
-        const OwnedString host = HostBaseName(m_system);
-        if (kProduct.find(host) != std::u16string_view::npos) {
-            FormatText(m_path, u"%smorrowWayferry.log", folder);
-        } else {
-            FormatText(m_path, u"%smorrowWayferry_%s.log", folder, host);
-        }
+        log_detail::NameFile(folder, HostExecutable(m_system), m_path);
         m_pathKnown = true;
     }
 
@@ -172,6 +163,19 @@ class LogFile {
 };
 
 }  // namespace
+
+void log_detail::NameFile(std::u16string_view folder, std::u16string_view executable,
+                          FixedText<kMaxPath>& path) noexcept {
+    std::u16string_view name = executable;
+    name.remove_prefix(name.find_last_of(u"\\/:") + 1);
+    name = name.substr(0, name.rfind(u'.'));
+    // The product's own host, and one whose name is a piece of the product's, has the shared file.
+    if (kProduct.find(name) != std::u16string_view::npos) {
+        FormatText(path, u"%smorrowWayferry.log", folder);
+    } else {
+        FormatText(path, u"%smorrowWayferry_%s.log", folder, name);
+    }
+}
 
 void log_detail::WriteLine(std::u16string_view format, const Argument* list, std::size_t count) noexcept {
     if (!HasCurrentMachine()) return;

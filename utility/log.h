@@ -6,8 +6,11 @@
 namespace roundup {
 
 namespace log_detail {
+inline constexpr std::size_t kMaxPath = 260;
+// The path of the log of a host with that executable; folder ends in a backslash.
+void NameFile(std::u16string_view folder, std::u16string_view executable, FixedText<kMaxPath>& path) noexcept;
 void WriteLine(std::u16string_view format, const formattext_detail::Argument* list, std::size_t count) noexcept;
-}
+}  // namespace log_detail
 
 // Writes one line: time stamp, thread number, "[ITL]" and the message. Never fails towards its caller, takes no lock
 // but the log's own, and may be called from every thread while any other lock is held.
