@@ -35,6 +35,8 @@ if(WIN32)
     # Windows 10 is the oldest system that the live machine supports.
     target_compile_definitions(roundup_options INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN
                                                          _WIN32_WINNT=0x0A00 WINVER=0x0A00)
+    # The records of roundup.h hold char16_t in everything that becomes one program; hosts of the DLL see wchar_t.
+    target_compile_definitions(roundup_options INTERFACE ROUNDUP_TEXT_CHAR16)
 endif()
 
 # Sanitizers go to every object, also to GoogleTest built from source, so that no report is lost at a border.

@@ -6,8 +6,8 @@
 //     roundup->Init();
 //     roundup->SetObserver(&observer);           before or after Init
 //     roundup->LoadApps(0);                      OnProgress(10) ... OnProgress(100)
-//     roundup->EnumApps();                       OnAppInfo(record) for each application still there; any number of times
-//     roundup->UnInstallApp(record);             OnUnInstallDone(record, exit code); any number of times
+//     roundup->EnumApps();                       OnAppInfo(record) for each application still there; any number of
+//     times roundup->UnInstallApp(record);             OnUnInstallDone(record, exit code); any number of times
 //     roundup->Uninit();
 //     roundup->Release();
 //
@@ -61,8 +61,8 @@ struct _RoundupAppInfo_ {
     WideChar wzKeyString[kAppInfoTextSize] = {};       // name of the Uninstall key; full name of a store package
     WideChar wzRealInstallLoc[kAppInfoTextSize] = {};  // with mount points resolved
     WideChar wzInstallLoc[kAppInfoTextSize] = {};
-    std::uint64_t qwFlags = 0;  // 0 for a store package
-    std::uint64_t qwSize = 0;   // bytes
+    std::uint64_t qwFlags = 0;    // 0 for a store package
+    std::uint64_t qwSize = 0;     // bytes
     std::uint8_t bFramework = 0;  // 1 for a store package that is a framework
 };
 
@@ -96,8 +96,7 @@ class IRmxApp : public virtual IKvObject, public _tagAppInfo {
     virtual std::uint32_t GetAppIconSize() = 0;
 };
 
-// Written by the host, which also keeps its count. The order of the operations is fixed. What an operation throws
-// ends the process.
+// Written by the host, which also keeps its count. The order of the operations is fixed. They throw nothing.
 class IRoundupObserver {
   public:
     // The answers are ignored.

@@ -11,7 +11,7 @@
 #include "appcenter/appfile/appfile.h"
 #include "utility/guid.h"
 #include "utility/ownedstring.h"
-#include "utility/stringset.h"
+#include "utility/stringcontainers.h"
 
 namespace roundup {
 
@@ -96,6 +96,16 @@ class CApp : public CKvObject<IApp> {
     // Point into Files.
     CWFYFile* pConfigFile = nullptr;
     CWFYFile* pIndexFile = nullptr;
+
+  private:
+    class RecordLoader;
+
+    // Moves the sub-applications that only this object holds into the chain, and lets go of the others.
+    void ChainDying(CApp*& chain);
+    // Notes a file of the config store; true when it is one.
+    bool KeepStoreFile(CWFYFile& file) noexcept;
+
+    CApp* m_nextDying = nullptr;
 };
 
 }  // namespace roundup

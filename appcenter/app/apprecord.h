@@ -17,11 +17,11 @@ struct AppFlags {
     static constexpr std::uint64_t k64Bit = 0x1;
     static constexpr std::uint64_t kNotTopLevel = 0x2;
     static constexpr std::uint64_t kWindowsInstaller = 0x4;
-    static constexpr std::uint64_t k32BitImages = 0x8;     // a 32-bit image was seen and no 64-bit one
-    static constexpr std::uint64_t kStorePackage = 0x20;   // in the inner record of a store package alone
-    static constexpr std::uint64_t kFramework = 0x40;      // in the inner record of a store package alone
-    static constexpr std::uint64_t kCurrentUser = 0x100;   // the entry lives in HKEY_CURRENT_USER
-    static constexpr std::uint64_t k64BitView = 0x200;     // the entry was read through the 64-bit view
+    static constexpr std::uint64_t k32BitImages = 0x8;    // a 32-bit image was seen and no 64-bit one
+    static constexpr std::uint64_t kStorePackage = 0x20;  // in the inner record of a store package alone
+    static constexpr std::uint64_t kFramework = 0x40;     // in the inner record of a store package alone
+    static constexpr std::uint64_t kCurrentUser = 0x100;  // the entry lives in HKEY_CURRENT_USER
+    static constexpr std::uint64_t k64BitView = 0x200;    // the entry was read through the 64-bit view
 };
 
 // Never leaves the module. Texts are zero-terminated and empty where the application has none. A record comes into

@@ -15,7 +15,7 @@ struct FileType {
     static constexpr std::uint32_t kFirstData = 4;
     static constexpr std::uint32_t kDirectory = 13;  // no file, but a directory
     static constexpr std::uint32_t kLastData = 17;
-    static constexpr std::uint32_t kStorePackage = 18;       // a file of a store package
+    static constexpr std::uint32_t kStorePackage = 18;      // a file of a store package
     static constexpr std::uint32_t kUnnamed = 0xFFFFFFFFU;  // a temporary file without a type of its own
 };
 

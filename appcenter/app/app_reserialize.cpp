@@ -1,0 +1,148 @@
+// Reading the stored form of an application back. What is read may be broken or hostile: every field is held against
+// the buffer and the record's own length, and no object is made before its bytes are there.
+#include <new>
+#include <span>
+
+#include "appcenter/app/app.h"
+#include "appcenter/app/app_record.h"
+#include "appcenter/app/recordreader.h"
+#include "utility/boundary.h"
+
+namespace roundup {
+
+namespace {
+
+// The type and the flags are set at the end, so that an unfinished object never deletes what its path names.
+ResultCode ReadFile(RecordReader& reader, CWFYFile& file) {
+    std::int64_t size = 0;
+    std::uint32_t type = 0;
+    std::uint32_t flags = 0;
+    if (!reader.SkipWord(kFileMagic)) return Fail(SmallCode::BadArgument, reader.Position());
+    if (auto rc = reader.ReadText(file.pwszPath, true); Failed(rc)) return Pass(rc);
+    if (auto rc = reader.ReadText(file.pwszShortPath, false); Failed(rc)) return Pass(rc);
+    if (auto rc = reader.Read(size); Failed(rc)) return Pass(rc);
+    if (auto rc = reader.Read(type); Failed(rc)) return Pass(rc);
+    if (auto rc = reader.Read(flags); Failed(rc)) return Pass(rc);
+    if (reader.SkipWord(kAliasMagic)) {
+        if (auto rc = reader.ReadText(file.pwszAlias, true); Failed(rc)) return Pass(rc);
+    }
+    file.llSize = size;
+    file.dwType = type;
+    file.dwFlags = flags;
+    return kSuccess;
+}
+
+}  // namespace
+
+// Fills one application, and by recursion those below it.
+class CApp::RecordLoader {
+  public:
+    explicit RecordLoader(std::uint32_t depth) noexcept : m_depth(depth) {}
+
+    ResultCode Load(CApp& app, RecordReader& reader) {
+        std::uint32_t total = 0;
+        if (!reader.SkipWord(kAppMagic)) return Fail(SmallCode::BadArgument, reader.Position());
+        if (auto rc = reader.Read(total); Failed(rc)) return Pass(rc);
+        if (total == 0 || !reader.EndAt(total)) return Fail(SmallCode::BadArgument, total);
+        if (auto rc = LoadHead(app, reader); Failed(rc)) return Pass(rc);
+        if (auto rc = LoadIcon(app, reader); Failed(rc)) return Pass(rc);
+        if (auto rc = LoadFiles(app, reader); Failed(rc)) return Pass(rc);
+        if (auto rc = LoadDirectories(app, reader); Failed(rc)) return Pass(rc);
+        if (auto rc = LoadSubApps(app, reader); Failed(rc)) return Pass(rc);
+        return LoadTail(app, reader);
+    }
+
+  private:
+    static ResultCode LoadHead(CApp& app, RecordReader& reader) {
+        if (auto rc = reader.ReadText(app.pwszName, true); Failed(rc)) return Pass(rc);
+        if (auto rc = reader.ReadText(app.pwszKeyString, true); Failed(rc)) return Pass(rc);
+        if (auto rc = reader.Read(app.llGatheredSize); Failed(rc)) return Pass(rc);
+        if (auto rc = reader.Read(app.llEstimatedSize); Failed(rc)) return Pass(rc);
+        if (auto rc = reader.Read(app.ProductCode.bytes); Failed(rc)) return Pass(rc);
+        if (auto rc = reader.Read(app.qwFlags); Failed(rc)) return Pass(rc);
+        for (OwnedString* text :
+             {&app.pwszInstallLoc, &app.pwszVersion, &app.pwszPublisher, &app.pwszType, &app.pwszTypeDes}) {
+            if (auto rc = reader.ReadText(*text, false); Failed(rc)) return Pass(rc);
+        }
+        return kSuccess;
+    }
+
+    static ResultCode LoadIcon(CApp& app, RecordReader& reader) {
+        std::uint32_t size = 0;
+        std::span<const std::byte> bytes;
+        if (auto rc = reader.Read(size); Failed(rc)) return Pass(rc);
+        if (auto rc = reader.ReadBytes(size, bytes); Failed(rc)) return Pass(rc);
+        if (size == 0) return kSuccess;
+        std::unique_ptr<std::byte[]> icon(new (std::nothrow) std::byte[size]);
+        if (icon == nullptr) return Fail(SmallCode::ObjectAllocation, size);
+        std::memcpy(icon.get(), bytes.data(), size);
+        app.pIconData = std::move(icon);
+        app.dwIconDataSize = size;
+        return kSuccess;
+    }
+
+    static ResultCode LoadFiles(CApp& app, RecordReader& reader) {
+        std::uint32_t count = 0;
+        if (auto rc = reader.Read(count); Failed(rc)) return Pass(rc);
+        for (; count > 0; --count) {
+            auto file = std::make_unique<CWFYFile>();
+            if (auto rc = ReadFile(reader, *file); Failed(rc)) return Pass(rc);
+            app.Files.push_back(std::move(file));
+            app.KeepStoreFile(*app.Files.back());
+        }
+        return kSuccess;
+    }
+
+    static ResultCode LoadDirectories(CApp& app, RecordReader& reader) {
+        std::uint32_t count = 0;
+        if (auto rc = reader.Read(count); Failed(rc)) return Pass(rc);
+        for (; count > 0; --count) {
+            OwnedString directory;
+            if (auto rc = reader.ReadText(directory, true); Failed(rc)) return Pass(rc);
+            if (!app.Directories.Add(directory)) return Fail(SmallCode::ObjectAllocation);
+        }
+        return kSuccess;
+    }
+
+    ResultCode LoadSubApps(CApp& app, RecordReader& reader) const {
+        std::uint32_t count = 0;
+        if (auto rc = reader.Read(count); Failed(rc)) return Pass(rc);
+        if (count > 0 && m_depth == kMaxSubAppDepth) return Fail(SmallCode::BadArgument, count);
+        for (; count > 0; --count) {
+            RecordReader below(reader.Rest());
+            std::span<const std::byte> consumed;
+            auto sub = RefPtr<CApp>::Adopt(new (std::nothrow) CApp);
+            if (!sub) return Fail(SmallCode::ObjectAllocation);
+            if (auto rc = RecordLoader(m_depth + 1).Load(*sub, below); Failed(rc)) return Pass(rc);
+            if (auto rc = reader.ReadBytes(below.Position(), consumed); Failed(rc)) return Pass(rc);
+            app.SubApps.push_back(std::move(sub));
+        }
+        return kSuccess;
+    }
+
+    // An older record ends before some of these.
+    static ResultCode LoadTail(CApp& app, RecordReader& reader) {
+        for (OwnedString* text :
+             {&app.pwszInstallDate, &app.pwszMsiPath, &app.pwszRealInstallLoc, &app.pwszUnInstallProgram,
+              &app.pwszIconProgram, &app.pwszOriginalInstallLoc, &app.pwszParentKeyName}) {
+            if (reader.Left() == 0) return kSuccess;
+            if (auto rc = reader.ReadText(*text, false); Failed(rc)) return Pass(rc);
+        }
+        return kSuccess;
+    }
+
+    const std::uint32_t m_depth;  // levels above this record
+};
+
+ResultCode CApp::ReSerialize(const std::byte* buffer, std::uint32_t size, std::uint32_t& count) {
+    count = 0;
+    if (buffer == nullptr) return Fail(SmallCode::BadArgument);
+    RecordReader reader({buffer, size});
+    auto rc = AtBoundary([&] { return RecordLoader(0).Load(*this, reader); },
+                         [] { return Fail(SmallCode::ObjectAllocation); });
+    if (Failed(rc)) return Pass(rc);
+    count = static_cast<std::uint32_t>(reader.Position());
+    return kSuccess;
+}
+
+}  // namespace roundup

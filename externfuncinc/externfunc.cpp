@@ -1,0 +1,152 @@
+#include "externfuncinc/externfunc.h"
+
+#include <new>
+#include <utility>
+
+#include "appcenter/appeunm/appmanager.h"
+#include "utility/boundary.h"
+
+namespace roundup {
+
+const std::uint8_t* CAppInfo::GetAppIconData() {
+    if (m_owner == nullptr) return nullptr;
+    return reinterpret_cast<const std::uint8_t*>(m_owner->GetIconData(m_index));
+}
+
+std::uint32_t CAppInfo::GetAppIconSize() { return m_owner != nullptr ? m_owner->GetIconSize(m_index) : 0; }
+
+CRoundup::CRoundup(RefPtr<IAppManager> manager) noexcept {
+    const auto build = [&] {
+        m_bridge = std::make_unique<CExternFuncCall>(std::move(manager));
+        m_launcher = std::make_unique<CUnInstallManager>(this);
+        return true;
+    };
+    AtBoundary(build, [] { return false; });
+}
+
+CRoundup::~CRoundup() { DropAll(); }
+
+std::int64_t CRoundup::Init() {
+    m_ready = m_bridge != nullptr && m_launcher != nullptr;
+    return 0;
+}
+
+std::int64_t CRoundup::Uninit() {
+    DropAll();
+    return 0;
+}
+
+void CRoundup::DropAll() {
+    m_ready = false;
+    m_bridge.reset();
+    m_observer.Reset();
+    m_launcher.reset();
+    DropRecords();
+}
+
+void CRoundup::DropRecords() noexcept {
+    m_recordCount = 0;
+    m_records.reset();
+}
+
+void CRoundup::SetObserver(IRoundupObserver* observer) {
+    // An observer that is set anew, and that nobody else holds, must not die in between.
+    auto next = observer == m_observer.Get() ? RefPtr<IRoundupObserver>::Share(observer) : nullptr;
+    m_observer.Reset();
+    m_observer = next ? std::move(next) : RefPtr<IRoundupObserver>::Share(observer);
+}
+
+std::uint8_t CRoundup::ForwardProgress(std::uint32_t percent, void* facade) {
+    const auto& observer = static_cast<CRoundup*>(facade)->m_observer;
+    return observer ? observer->OnProgress(percent) : 1;
+}
+
+std::int64_t CRoundup::LoadApps(std::uint8_t /*unused*/) {
+    const auto load = [this]() -> std::int64_t {
+        if (!IsOperational()) return 0;
+        DropRecords();
+        if (!m_bridge->Load(&ForwardProgress, this)) {
+            m_observer->OnProgress(100);
+            return -1;
+        }
+        m_observer->OnProgress(98);
+        FillRecords();
+        m_observer->OnProgress(100);
+        return 0;
+    };
+    return AtBoundary(load, [] { return std::int64_t{-1}; });
+}
+
+// Without memory for the records the catalogue counts as empty.
+void CRoundup::FillRecords() {
+    const std::int32_t count = m_bridge->GetAppCount();
+    m_records.reset(new (std::nothrow) CAppInfo[static_cast<std::size_t>(count)]);
+    m_recordCount = m_records != nullptr ? count : 0;
+    for (std::int32_t i = 0; i < m_recordCount; ++i) {
+        CAppInfo& record = m_records[static_cast<std::size_t>(i)];
+        if (!m_bridge->FillRecord(record.GetAppInfo(), i)) continue;
+        record.Bind(this, i);
+        record.GetAppInfo()->dwReserved = 0;
+    }
+}
+
+std::int64_t CRoundup::EnumApps() {
+    const auto replay = [this]() -> std::int64_t {
+        if (IsOperational()) ReplayRecords();
+        return 0;
+    };
+    return AtBoundary(replay, [] { return std::int64_t{0}; });
+}
+
+void CRoundup::ReplayRecords() {
+    for (std::int32_t i = 0; i < m_recordCount; ++i) {
+        if (m_bridge->IsIndexPresent(i)) m_observer->OnAppInfo(&m_records[static_cast<std::size_t>(i)]);
+    }
+}
+
+std::int64_t CRoundup::UnInstallApp(IRmxApp* app) {
+    const auto uninstall = [this, app]() -> std::int64_t {
+        CAppInfo* const record = IsOperational() ? RecordOf(app) : nullptr;
+        return record != nullptr && StartUninstall(*record) ? 0 : -1;
+    };
+    return AtBoundary(uninstall, [] { return std::int64_t{-1}; });
+}
+
+bool CRoundup::StartUninstall(CAppInfo& record) {
+    OwnedString command;
+    std::uint8_t hidden = 0;
+    if (!m_bridge->GetUninstallCommand(record.Index(), command, hidden)) return false;
+    if (command.IsEmpty()) {
+        m_observer->OnUnInstallDone(&record, 0);
+        return true;
+    }
+    return m_launcher->AddUnInstallProc(command, hidden, &record);
+}
+
+// The record that app is, null for anything but one of the current records: the pointer comes from the host, which may
+// have kept it too long. Addresses are compared as numbers, since what it points to may be gone.
+CAppInfo* CRoundup::RecordOf(IRmxApp* app) const noexcept {
+    if (app == nullptr || m_records == nullptr) return nullptr;
+    const auto first = reinterpret_cast<std::uintptr_t>(m_records.get());
+    const auto offset = reinterpret_cast<std::uintptr_t>(static_cast<CAppInfo*>(app)) - first;
+    const std::uintptr_t index = offset / sizeof(CAppInfo);
+    if (offset % sizeof(CAppInfo) != 0 || index >= static_cast<std::uintptr_t>(m_recordCount)) return nullptr;
+    return &m_records[index];
+}
+
+const std::byte* CRoundup::GetIconData(std::int32_t index) const {
+    return m_bridge != nullptr ? m_bridge->GetIconData(index) : nullptr;
+}
+
+std::uint32_t CRoundup::GetIconSize(std::int32_t index) const {
+    return m_bridge != nullptr ? m_bridge->GetIconSize(index) : 0;
+}
+
+IRoundupProc* CreateRoundup() noexcept {
+    // Without a manager the facade works as far as it goes, and every load fails.
+    auto manager =
+        AtBoundary([] { return RefPtr<IAppManager>::Adopt(new CAppManager); }, [] { return RefPtr<IAppManager>(); });
+    return new (std::nothrow) CRoundup(std::move(manager));
+}
+
+}  // namespace roundup

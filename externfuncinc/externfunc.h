@@ -1,0 +1,62 @@
+// The facade behind the module's one export.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+#include "appcenter/appeunm/iappmanager.h"
+#include "externfuncinc/appinfo.h"
+#include "externfuncinc/externfunccall.h"
+#include "externfuncinc/roundup.h"
+#include "externfuncinc/uninstallmanager.h"
+#include "utility/kvobject.h"
+
+namespace roundup {
+
+// States: created, armed by Init, operational with an observer, closed by Uninit. LoadApps, EnumApps and UnInstallApp
+// act only when operational. The host serialises its calls; no lock guards the fields.
+class CRoundup final : public CKvObject<IRoundupProc> {
+  public:
+    // What memory is short for is missing afterwards, and Init leaves the object unarmed.
+    explicit CRoundup(RefPtr<IAppManager> manager) noexcept;
+    ~CRoundup() override;
+
+    std::int64_t Init() override;
+    std::int64_t Uninit() override;
+    void SetObserver(IRoundupObserver* observer) override;
+    std::int64_t LoadApps(std::uint8_t unused) override;
+    std::int64_t EnumApps() override;
+    std::uint8_t SaveContendProc() override { return 0; }
+    std::int64_t UnInstallApp(IRmxApp* app) override;
+
+    // For the records: the icon of the application at that place.
+    const std::byte* GetIconData(std::int32_t index) const;
+    std::uint32_t GetIconSize(std::int32_t index) const;
+    // For the launcher; null when there is none.
+    IRoundupObserver* Observer() const noexcept { return m_observer.Get(); }
+
+  private:
+    static std::uint8_t ForwardProgress(std::uint32_t percent, void* facade);
+
+    bool IsOperational() const noexcept { return m_ready && m_observer; }
+    void DropRecords() noexcept;
+    void DropAll();
+    void FillRecords();
+    void ReplayRecords();
+    bool StartUninstall(CAppInfo& record);
+    CAppInfo* RecordOf(IRmxApp* app) const noexcept;
+
+    std::unique_ptr<CExternFuncCall> m_bridge;
+    RefPtr<IRoundupObserver> m_observer;
+    bool m_ready = false;
+    std::int32_t m_recordCount = 0;
+    std::unique_ptr<CAppInfo[]> m_records;
+    std::unique_ptr<CUnInstallManager> m_launcher;
+};
+
+// A new facade over the current machine, with one reference; null when memory is short. For the module's entry and
+// for programs that link its code.
+IRoundupProc* CreateRoundup() noexcept;
+
+}  // namespace roundup
