@@ -36,6 +36,8 @@ struct CKvdThread::State {
 };
 
 CKvdThread::~CKvdThread() {
+    // Work that frees its own thread may come here before Start has returned.
+    const LockGuard guard(m_lock);
     if (!m_thread.joinable()) return;
     if (m_thread.get_id() == std::this_thread::get_id()) {
         m_thread.detach();
