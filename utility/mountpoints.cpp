@@ -1,5 +1,6 @@
 #include "utility/mountpoints.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
