@@ -1,0 +1,142 @@
+#include "platform/recorded/foldernode.h"
+
+#include <algorithm>
+
+#include "platform/filesystem.h"
+#include "platform/recorded/folderlisting.h"
+
+namespace roundup {
+
+FileEntry::~FileEntry() { delete folder.load(); }
+
+FolderNode::~FolderNode() {
+    delete m_listing.load();
+    delete m_changes.load();
+}
+
+FolderNode& FolderNode::Of(FileEntry& entry, IFileSource* source) {
+    if (FolderNode* made = entry.folder.load(std::memory_order_acquire)) return *made;
+    auto fresh = std::make_unique<FolderNode>(entry, entry.fromSource ? source : nullptr);
+    FolderNode* expected = nullptr;
+    if (!entry.folder.compare_exchange_strong(expected, fresh.get(), std::memory_order_acq_rel)) return *expected;
+    return *fresh.release();
+}
+
+std::u16string FolderNode::SourcePath() const {
+    std::vector<std::u16string_view> names;
+    std::size_t length = 0;
+    for (const FolderNode* node = this; node->m_self.parent != nullptr; node = node->m_self.parent) {
+        names.push_back(node->m_self.name);
+        length += node->m_self.name.size() + 1;
+    }
+    std::u16string path;
+    path.reserve(length);
+    for (auto name = names.rbegin(); name != names.rend(); ++name) {
+        if (!path.empty()) path.push_back(u'\\');
+        path.append(*name);
+    }
+    return path;
+}
+
+const FolderNode::Listing& FolderNode::Listed() {
+    if (const Listing* listing = m_listing.load(std::memory_order_acquire)) return *listing;
+    const std::lock_guard guard(m_making);
+    if (const Listing* listing = m_listing.load(std::memory_order_relaxed)) return *listing;
+    std::vector<SourceEntry> entries;
+    Win32Error error = kErrorSuccess;
+    if (m_source != nullptr) error = m_source->List(SourcePath(), entries);
+    auto listing = std::make_unique<const Listing>(*this, std::move(entries), error);
+    m_listing.store(listing.get(), std::memory_order_release);
+    return *listing.release();
+}
+
+FolderNode::Changes& FolderNode::ChangesForWriting() {
+    if (Changes* changes = m_changes.load(std::memory_order_acquire)) return *changes;
+    const std::lock_guard guard(m_making);
+    if (Changes* changes = m_changes.load(std::memory_order_relaxed)) return *changes;
+    auto changes = std::make_unique<Changes>();
+    m_changes.store(changes.get(), std::memory_order_release);
+    return *changes.release();
+}
+
+FileEntry* FolderNode::FindLocked(const Changes& changes, std::u16string_view name) {
+    if (const auto shortName = changes.shortNames.find(name); shortName != changes.shortNames.end()) {
+        name = shortName->second;
+    }
+    if (const auto change = changes.names.find(name); change != changes.names.end()) return change->second.get();
+    return Listed().Find(name);
+}
+
+FileEntry* FolderNode::Find(std::u16string_view name, Win32Error& error) {
+    FileEntry* found = nullptr;
+    if (Changes* changes = m_changes.load(std::memory_order_acquire)) {
+        const std::shared_lock guard(changes->lock);
+        found = FindLocked(*changes, name);
+    } else {
+        found = Listed().Find(name);
+    }
+    if (found == nullptr) error = Listed().Error() != kErrorSuccess ? Listed().Error() : kErrorFileNotFound;
+    return found;
+}
+
+Win32Error FolderNode::List(std::vector<FileEntry*>& entries) {
+    const Listing& listing = Listed();
+    Changes* changes = m_changes.load(std::memory_order_acquire);
+    std::shared_lock<std::shared_mutex> guard;
+    if (changes != nullptr) guard = std::shared_lock(changes->lock);
+    entries.reserve(listing.Entries().size() + (changes != nullptr ? changes->names.size() : 0));
+    for (FileEntry& entry : listing.Entries()) {
+        if (changes == nullptr || !changes->names.contains(entry.name)) entries.push_back(&entry);
+    }
+    if (changes == nullptr || changes->names.empty()) return listing.Error();
+    const auto fromSource = static_cast<std::ptrdiff_t>(entries.size());
+    for (const auto& [name, change] : changes->names) {
+        if (change) entries.push_back(change.get());
+    }
+    const auto before = [](const FileEntry* a, const FileEntry* b) { return CompareFolded(a->name, b->name) < 0; };
+    std::sort(entries.begin() + fromSource, entries.end(), before);
+    std::inplace_merge(entries.begin(), entries.begin() + fromSource, entries.end(), before);
+    return kErrorSuccess;
+}
+
+FileEntry* FolderNode::Add(std::u16string_view name, SourceKind kind, std::shared_ptr<MemoryFile> content,
+                           bool onlyNew) {
+    Changes& changes = ChangesForWriting();
+    const std::lock_guard guard(changes.lock);
+    FileEntry* old = FindLocked(changes, name);
+    if (old != nullptr && onlyNew) return nullptr;
+    // The name on disk stays that of the file that is written over.
+    auto entry = std::make_unique<WrittenEntry>(old != nullptr ? old->name : name, std::move(content));
+    entry->parent = this;
+    entry->kind = kind;
+    entry->attributes = kind == SourceKind::Folder ? kAttributeDirectory : kAttributeArchive;
+    if (old != nullptr && old->kind == kind) {
+        entry->attributes = old->attributes;
+        entry->extras = old->extras;
+    }
+    std::unique_ptr<WrittenEntry>& place = changes.names[entry->text];
+    if (place) changes.shadowed.push_back(std::move(place));
+    place = std::move(entry);
+    return place.get();
+}
+
+bool FolderNode::Remove(const FileEntry& entry) {
+    Changes& changes = ChangesForWriting();
+    const std::lock_guard guard(changes.lock);
+    const std::u16string name(entry.name);
+    if (FindLocked(changes, name) != &entry) return false;
+    std::unique_ptr<WrittenEntry>& place = changes.names[name];
+    if (place) changes.shadowed.push_back(std::move(place));
+    if (Listed().Find(name) == nullptr) changes.names.erase(name);
+    return true;
+}
+
+void FolderNode::AddShortName(std::u16string_view shortName, FileEntry& entry) {
+    Changes& changes = ChangesForWriting();
+    const std::lock_guard guard(changes.lock);
+    changes.shortNames.insert_or_assign(std::u16string(shortName), std::u16string(entry.name));
+    if (!entry.extras) entry.extras = std::make_shared<EntryExtras>();
+    entry.extras->shortName = shortName;
+}
+
+}  // namespace roundup

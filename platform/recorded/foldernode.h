@@ -1,0 +1,114 @@
+// The folders of a machine's drives: what the source lists, once, and what the machine's own writes changed.
+//
+// Entries and folders stay where they are until the machine ends, also those that were deleted, so that every thread
+// may hold on to what it found. Looking a name up takes no lock in a folder that was never written to.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <shared_mutex>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/recorded/filesource.h"
+#include "platform/recorded/memoryfile.h"
+#include "utility/casemap.h"
+
+namespace roundup {
+
+class FolderNode;
+class MappedFolder;
+
+// What few entries have.
+struct EntryExtras {
+    std::u16string shortName;      // empty: none
+    std::u16string reparseTarget;  // path that a mount point leads to; empty: none
+    bool denied = false;           // is there, and cannot be opened
+};
+
+struct FileEntry {
+    std::u16string_view name;
+    FolderNode* parent = nullptr;  // null for the root alone
+    SourceKind kind = SourceKind::File;
+    bool fromSource = true;
+    std::uint32_t attributes = 0;                   // set before the machine is used
+    std::shared_ptr<EntryExtras> extras;            // likewise
+    std::atomic<std::uint64_t> size{kUnknownSize};  // of a source's file, once it was asked for
+    std::atomic<FolderNode*> folder{nullptr};       // of a folder, once it was walked through
+
+    FileEntry() = default;
+    FileEntry(const FileEntry&) = delete;
+    FileEntry& operator=(const FileEntry&) = delete;
+    ~FileEntry();
+};
+
+// An entry that the machine's own doings made: the only kind that is not fromSource.
+struct WrittenEntry final : FileEntry {
+    WrittenEntry(std::u16string_view ownName, std::shared_ptr<MemoryFile> ownContent)
+        : text(ownName), content(std::move(ownContent)) {
+        name = text;
+        fromSource = false;
+    }
+    const std::u16string text;
+    const std::shared_ptr<MemoryFile> content;  // null for a folder
+};
+
+class FolderNode {
+  public:
+    // source is null for a folder that the source does not have.
+    FolderNode(FileEntry& self, IFileSource* source) : m_self(self), m_source(source) {}
+    FolderNode(const FolderNode&) = delete;
+    FolderNode& operator=(const FolderNode&) = delete;
+    ~FolderNode();
+
+    FileEntry& Self() const noexcept { return m_self; }
+    // Path within the source: names joined by backslashes.
+    std::u16string SourcePath() const;
+
+    // The entry of that name or short name, null without one. error then tells why: 2, or what kept the folder from
+    // being read.
+    FileEntry* Find(std::u16string_view name, Win32Error& error);
+    // All entries in ascending order of their upper-cased names.
+    Win32Error List(std::vector<FileEntry*>& entries);
+
+    // Adds an entry that the machine's own doings made; one of the same name is shadowed. Null, and nothing is
+    // done, when onlyNew is set and there is one already.
+    FileEntry* Add(std::u16string_view name, SourceKind kind, std::shared_ptr<MemoryFile> content, bool onlyNew);
+    // The entry is no longer found; false when another one has taken its place meanwhile.
+    bool Remove(const FileEntry& entry);
+    void AddShortName(std::u16string_view shortName, FileEntry& entry);
+
+    // What lies in this folder is what lies in a real one. Set before the machine is used.
+    void Map(MappedFolder* mapped) noexcept { m_mapped = mapped; }
+    MappedFolder* Mapped() const noexcept { return m_mapped; }
+
+    // The folder of an entry that is one, made at first use.
+    static FolderNode& Of(FileEntry& entry, IFileSource* source);
+
+  private:
+    class Listing;
+    template <class T>
+    using NameMap = std::unordered_map<std::u16string, T, NoCaseHash, NoCaseEqual>;
+    struct Changes {
+        std::shared_mutex lock;  // guards the three below
+        NameMap<std::unique_ptr<WrittenEntry>> names;  // null: the source's entry of that name was deleted
+        NameMap<std::u16string> shortNames;            // to the name that it is short for
+        std::vector<std::unique_ptr<WrittenEntry>> shadowed;
+    };
+
+    const Listing& Listed();
+    Changes& ChangesForWriting();
+    FileEntry* FindLocked(const Changes& changes, std::u16string_view name);
+
+    FileEntry& m_self;
+    IFileSource* const m_source;
+    MappedFolder* m_mapped = nullptr;
+    std::mutex m_making;                             // held while one of the two below is made
+    std::atomic<const Listing*> m_listing{nullptr};  // made once
+    std::atomic<Changes*> m_changes{nullptr};        // made once
+};
+
+}  // namespace roundup
