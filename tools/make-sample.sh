@@ -33,6 +33,9 @@ done
 for tool in wine wineserver wixl msibuild makensis faketime python3 x86_64-w64-mingw32-gcc i686-w64-mingw32-gcc; do
     command -v "$tool" >/dev/null || { echo "make-sample: $tool is not installed" >&2; exit 1; }
 done
+# The work is done in other folders: a path from the caller's is made a full one.
+out=$(realpath -m "$out")
+if [ -n "$prefix" ]; then prefix=$(realpath -m "$prefix"); fi
 target=${prefix:-$out}
 if [ -e "$target" ] && { [ -n "$prefix" ] || [ $replace = no ]; }; then
     echo "make-sample: $target exists" >&2
@@ -42,7 +45,7 @@ fi
 work=$(mktemp -d)
 finish() {
     # Ends the processes of this prefix alone; the user's other ones go on.
-    [ -d "${WINEPREFIX:-}" ] && wineserver -k 2>/dev/null || true
+    if [ -d "${WINEPREFIX:-}" ]; then wineserver -k 2>/dev/null || true; fi
     rm -rf "$work"
 }
 trap finish EXIT
@@ -58,7 +61,6 @@ export WINEPREFIX=${prefix:-$work/prefix}
 export LC_ALL=C.UTF-8 TZ=UTC
 unset DISPLAY WAYLAND_DISPLAY WINEARCH
 mkdir -p "$(dirname "$WINEPREFIX")"
-WINEPREFIX=$(cd "$(dirname "$WINEPREFIX")" && pwd)/$(basename "$WINEPREFIX")
 
 # program NAME BITS KIND MAKER PRODUCT VERSION ICON: NAME.exe or NAME.dll (KIND) with its icon and version resource.
 program() {
@@ -235,6 +237,8 @@ run_installers
 export_registry "$work/after"
 short_names
 wineserver -w
+# The old sample goes only when the new one is whole.
+python3 "$sources/record.py" "$work/before" "$work/after" "$WINEPREFIX" "$work/short" "$work/machine"
 mkdir -p "$(dirname "$out")"
-[ $replace = yes ] && rm -rf "$out"
-python3 "$sources/record.py" "$work/before" "$work/after" "$WINEPREFIX" "$work/short" "$out"
+if [ $replace = yes ]; then rm -rf "$out"; fi
+mv "$work/machine" "$out"
