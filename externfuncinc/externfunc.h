@@ -33,6 +33,8 @@ class CRoundup final : public CKvObject<IRoundupProc> {
     // For the records: the icon of the application at that place.
     const std::byte* GetIconData(std::int32_t index) const;
     std::uint32_t GetIconSize(std::int32_t index) const;
+    // For programs that link the module's code and tell more of an application than its record does; null when closed.
+    const CExternFuncCall* Bridge() const noexcept { return m_bridge.get(); }
     // For the launcher; null when there is none.
     IRoundupObserver* Observer() const noexcept { return m_observer.Get(); }
 

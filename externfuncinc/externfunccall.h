@@ -28,6 +28,8 @@ class CExternFuncCall {
     bool Load(ProgressCallback callback, void* context);
     // 0 before a load.
     std::int32_t GetAppCount() const noexcept { return static_cast<std::int32_t>(m_apps.size()); }
+    // The application of that place, which stays the bridge's; null for one that could not be had.
+    const IApp* At(std::int32_t index) const noexcept;
     // Fills a new record; one whose application could not be had stays empty.
     bool FillRecord(_RoundupAppInfo_* record, std::int32_t index) const;
     // The icon's bytes belong to the application and stay until the next load.
@@ -42,7 +44,6 @@ class CExternFuncCall {
     bool GetUninstallCommand(std::int32_t index, OwnedString& command, std::uint8_t& hidden) const;
 
   private:
-    const IApp* At(std::int32_t index) const noexcept;
     bool IsPackagePresent(const AppRecordEx& record) const;
     bool IsProductPresent(const AppRecordEx& record) const;
 

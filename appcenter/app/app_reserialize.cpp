@@ -1,5 +1,7 @@
 // Reading the stored form of an application back. What is read may be broken or hostile: every field is held against
 // the buffer and the record's own length, and no object is made before its bytes are there.
+#include <cstring>
+#include <memory>
 #include <new>
 #include <span>
 

@@ -1,25 +1,26 @@
 #include "appcenter/app/recordreader.h"
 
+#include <cstring>
+
 namespace roundup {
 
 bool RecordReader::EndAt(std::size_t size) noexcept {
-    if (size > m_block.size() || size < m_position) return false;
-    m_block = m_block.first(size);
+    const auto narrowed = m_block.Slice(0, size);
+    if (!narrowed || size < m_position) return false;
+    m_block = *narrowed;
     return true;
 }
 
 bool RecordReader::SkipWord(std::uint32_t word) noexcept {
-    std::uint32_t next = 0;
-    if (Left() < sizeof next) return false;
-    std::memcpy(&next, m_block.data() + m_position, sizeof next);
-    if (next != word) return false;
-    m_position += sizeof next;
+    if (m_block.At<std::uint32_t>(m_position) != word) return false;
+    m_position += sizeof word;
     return true;
 }
 
 ResultCode RecordReader::ReadBytes(std::size_t size, std::span<const std::byte>& bytes) noexcept {
-    if (Left() < size) return Fail(SmallCode::BadArgument, Left());
-    bytes = m_block.subspan(m_position, size);
+    const auto next = m_block.Slice(m_position, size);
+    if (!next) return Fail(SmallCode::BadArgument, Left());
+    bytes = next->Bytes();
     m_position += size;
     return kSuccess;
 }

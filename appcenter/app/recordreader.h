@@ -1,12 +1,11 @@
 // Reading the stored form of an application, which may be broken or hostile.
 #pragma once
 
-#include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <span>
 
+#include "utility/byteview.h"
 #include "utility/ownedstring.h"
 #include "utility/result.h"
 
@@ -19,17 +18,17 @@ class RecordReader {
     explicit RecordReader(std::span<const std::byte> block) noexcept : m_block(block) {}
 
     std::size_t Position() const noexcept { return m_position; }
-    std::size_t Left() const noexcept { return m_block.size() - m_position; }
-    std::span<const std::byte> Rest() const noexcept { return m_block.subspan(m_position); }
+    std::size_t Left() const noexcept { return m_block.Size() - m_position; }
+    std::span<const std::byte> Rest() const noexcept { return m_block.Bytes().subspan(m_position); }
 
     // Narrows the block to its first size bytes; false when it has fewer or more than size were read already.
     [[nodiscard]] bool EndAt(std::size_t size) noexcept;
 
     template <class Number>
     [[nodiscard]] ResultCode Read(Number& number) noexcept {
-        static_assert(std::endian::native == std::endian::little);
-        if (Left() < sizeof number) return Fail(SmallCode::BadArgument, Left());
-        std::memcpy(&number, m_block.data() + m_position, sizeof number);
+        const auto next = m_block.At<Number>(m_position);
+        if (!next) return Fail(SmallCode::BadArgument, Left());
+        number = *next;
         m_position += sizeof number;
         return kSuccess;
     }
@@ -42,7 +41,7 @@ class RecordReader {
     [[nodiscard]] ResultCode ReadText(OwnedString& text, bool needed) noexcept;
 
   private:
-    std::span<const std::byte> m_block;
+    ByteView m_block;
     std::size_t m_position = 0;
 };
 
