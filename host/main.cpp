@@ -1,0 +1,40 @@
+// The program `roundup`: reads its arguments, chooses the machine, runs the command.
+
+#include <cstdio>
+#include <exception>
+#include <string>
+
+#include "host/machinechoice.h"
+#include "host/options.h"
+#include "host/program.h"
+#include "host/terminal.h"
+
+namespace {
+
+int Run(int argc, char** argv) {
+    using namespace roundup;
+    using namespace roundup::host;
+    PrepareStreams();
+    const ParsedCommandLine parsed = ParseCommandLine(ProgramArguments(argc, argv));
+    if (!parsed.options) return parsed.exitStatus;
+    CatchInterrupts();
+    std::string message;
+    const ChosenMachine chosen = ChooseMachine(*parsed.options, message);
+    if (chosen.machine == nullptr) {
+        std::fprintf(stderr, "roundup: %s\n", message.c_str());
+        return kExitFailure;
+    }
+    const MachineScope scope(*chosen.machine);
+    return RunCommand(*parsed.options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return Run(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "roundup: %s\n", error.what());
+        return roundup::host::kExitFailure;
+    }
+}

@@ -1,0 +1,105 @@
+#include "host/options.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+
+namespace roundup::host {
+
+namespace {
+
+constexpr const char* kEpilogue =
+    "A machine is a recorded folder, a Wine prefix or the root of an offline Windows volume.\n"
+    "\n"
+    "Exit status: 0 success, 1 the operation failed or the application was not found,\n"
+    "2 wrong usage, 130 cancelled with Ctrl-C.\n"
+    "\n"
+    "Examples:\n"
+    "  roundup list --machine samples/machine\n"
+    "  roundup list --machine ~/.wine --format json\n"
+    "  roundup show '{1D2C96C3-A3F3-49E7-B839-95279DED837F}' --machine /mnt/windows --user Ann";
+
+// A choice of names for an enumeration, as CLI11 wants it.
+template <class T>
+CLI::Option* AddChoice(CLI::App& app, const std::string& flag, T& target, std::map<std::string, T> choices,
+                       const std::string& text) {
+    return app.add_option(flag, target, text)
+        ->transform(CLI::CheckedTransformer(std::move(choices)).description(""))
+        ->option_text([&] { return std::string("NAME"); }());
+}
+
+void AddMachineOptions(CLI::App& app, Options& options) {
+    app.add_option("--machine", options.machine, "folder of the machine (or ROUNDUP_MACHINE)")
+        ->option_text("DIR")
+        ->envname("ROUNDUP_MACHINE");
+    app.add_option("--host", options.hostFolder, "host folder, with Config and cache in it (or ROUNDUP_HOST)")
+        ->option_text("DIR")
+        ->envname("ROUNDUP_HOST");
+    app.add_option("--user", options.user, "user of a machine with several profiles")->option_text("NAME");
+    app.add_flag("--verbose", options.verbose, "show the module's own diagnosis on standard error");
+}
+
+void AddProgress(CLI::App& app, Options& options) {
+    AddChoice<ProgressStyle>(app, "--progress", options.progress,
+                             {{"auto", ProgressStyle::Auto},
+                              {"bar", ProgressStyle::Bar},
+                              {"plain", ProgressStyle::Plain},
+                              {"none", ProgressStyle::None}},
+                             "progress on standard error: auto, bar, plain or none");
+}
+
+// CLI11 calls the name of the last parsed subcommand's parent "roundup" itself; its error texts are one line each.
+ParsedCommandLine ReportUsage(const CLI::App& app, const CLI::ParseError& error) {
+    ParsedCommandLine result;
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
+        app.exit(error);  // writes help or version to standard output
+        return result;
+    }
+    std::fprintf(stderr, "roundup: %s (see 'roundup --help')\n", error.what());
+    result.exitStatus = kExitUsage;
+    return result;
+}
+
+}  // namespace
+
+ParsedCommandLine ParseCommandLine(std::vector<std::string> arguments) {
+    Options options;
+    CLI::App app("Takes stock of the applications that are installed on a Windows machine.", "roundup");
+    app.set_version_flag("--version", "roundup " ROUNDUP_VERSION);
+    app.footer(kEpilogue);
+    app.require_subcommand(1);
+
+    CLI::App* list = app.add_subcommand("list", "List the applications of a machine");
+    AddMachineOptions(*list, options);
+    AddChoice<Format>(*list, "--format", options.format,
+                      {{"table", Format::Table}, {"tree", Format::Tree}, {"json", Format::Json}, {"csv", Format::Csv}},
+                      "table, tree, json or csv");
+    AddProgress(*list, options);
+
+    Format showFormat = Format::Text;
+    std::string name;
+    CLI::App* show = app.add_subcommand("show", "Show one application");
+    show->add_option("KEY", options.key, "key of the application, case does not matter")->required();
+    CLI::Option* nameOption =
+        show->add_option("--name", name, "name of the application, when several share the key")->option_text("NAME");
+    AddMachineOptions(*show, options);
+    AddChoice<Format>(*show, "--format", showFormat, {{"text", Format::Text}, {"json", Format::Json}}, "text or json");
+
+    try {
+        std::reverse(arguments.begin(), arguments.end());
+        app.parse(std::move(arguments));
+    } catch (const CLI::ParseError& error) {
+        return ReportUsage(app, error);
+    }
+    if (show->parsed()) {
+        options.command = Command::Show;
+        options.format = showFormat;
+        options.progress = ProgressStyle::None;
+        if (nameOption->count() > 0) options.name = name;
+    }
+    return {std::move(options), kExitSuccess};
+}
+
+}  // namespace roundup::host

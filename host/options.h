@@ -1,0 +1,43 @@
+// What the command line asks for.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace roundup::host {
+
+enum class Command { List, Show };
+enum class Format { Table, Tree, Json, Csv, Text };
+enum class ProgressStyle { Auto, Bar, Plain, None };
+
+// Exit status of the program; uninstallers answer with their own.
+inline constexpr int kExitSuccess = 0;
+inline constexpr int kExitFailure = 1;
+inline constexpr int kExitUsage = 2;
+inline constexpr int kExitCancelled = 130;
+
+// All texts are UTF-8.
+struct Options {
+    Command command = Command::List;
+    Format format = Format::Table;
+    ProgressStyle progress = ProgressStyle::Auto;
+    std::string machine;  // folder; empty: the live machine, where there is one
+    std::string hostFolder;
+    std::string user;
+    std::string key;
+    std::optional<std::string> name;
+    bool verbose = false;
+};
+
+// Either the options, or the exit status with which the program ends at once: help and version have been written to
+// standard output then, a usage error to standard error.
+struct ParsedCommandLine {
+    std::optional<Options> options;
+    int exitStatus = kExitSuccess;
+};
+
+// arguments without the program's name.
+ParsedCommandLine ParseCommandLine(std::vector<std::string> arguments);
+
+}  // namespace roundup::host
