@@ -1,0 +1,125 @@
+#include "utility/pathtext.h"
+
+#include <string>
+
+#include "tests/support/machinetest.h"
+
+namespace roundup {
+namespace {
+
+class PathTextTest : public MachineTest {};
+
+std::string Narrow(std::u16string_view text) { return {text.begin(), text.end()}; }
+
+TEST_F(PathTextTest, CleanPath_LeavesThePathAlone) {
+    builder.File(u"C:\\Tool\\bin\\a.exe").File(u"C:\\With /S\\a.exe");
+    Start();
+    const struct {
+        std::u16string_view text;
+        std::u16string_view cleaned;
+    } cases[] = {
+        {u"", u""},
+        {u"C:\\Tool\\", u"C:\\Tool"},
+        {u"C:\\", u"C:"},
+        {u"\\", u""},
+        {u"\"C:\\Tool\\a.exe\" /S \"x\"", u"C:\\Tool\\a.exe"},
+        {u"\"C:\\Tool\\a.exe", u"C:\\Tool\\a.exe"},
+        {u"\"\" x", u""},
+        {u"C:\\\\\\\\Tool\\\\a.exe", u"C:\\Tool\\a.exe"},
+        {u"\\\\server\\share\\", u"\\server\\share"},
+        {u"C:\\None\\a.exe   /S /D=C:/x", u"C:\\None\\a.exe"},
+        {u"C:/Tool/bin/a.exe", u"C:\\Tool\\bin\\a.exe"},
+        {u"C:/Tool//bin\\/a.exe", u"C:\\Tool\\bin\\a.exe"},
+        {u"C:/Tool/bin/a.exe /S", u"C:\\Tool\\bin\\a.exe"},  // the switch goes, then the rest exists
+        {u"C:\\With /S\\a.exe", u"C:\\With \\S\\a.exe"},
+        {u"/S", u""},
+        {u"   /S", u" "},  // the first character stays, blank or not
+        {u"a /S", u"a"},
+    };
+    for (const auto& c : cases) {
+        OwnedString text(c.text);
+        CleanPath(text);
+        EXPECT_EQ(text.View(), c.cleaned) << Narrow(c.text);
+    }
+}
+
+TEST_F(PathTextTest, CleanPath_EndsOnHostileTexts) {
+    Start();
+    for (const std::size_t length : {259U, 260U, 519U, 520U, 32767U, 1000000U}) {
+        OwnedString slashes(std::u16string(length, u'/'));
+        CleanPath(slashes);
+        EXPECT_TRUE(slashes.IsEmpty());
+        OwnedString backslashes(std::u16string(length, u'\\'));
+        CleanPath(backslashes);
+        EXPECT_TRUE(backslashes.IsEmpty());
+        const std::u16string path = u"C:\\" + std::u16string(length - 3, u'x');
+        OwnedString plain(path);
+        CleanPath(plain);
+        EXPECT_EQ(plain.View(), path);
+    }
+}
+
+TEST_F(PathTextTest, ExpandPath_GivesTheLongFormOrLeavesTheString) {
+    builder.File(u"C:\\Program Files\\Long Name\\a.exe")
+        .Short(u"C:\\Program Files\\Long Name", u"C:\\PROGRA~1\\LONGNA~1");
+    builder.Environment(u"TOOLS", u"C:\\Program Files\\Long Name").Environment(u"BIG", std::u16string(600, u'b'));
+    Start();
+    const std::u16string tooLong = u"C:\\" + std::u16string(517, u'x');
+    const std::u16string longest = u"C:\\" + std::u16string(516, u'x');
+    const struct {
+        std::u16string text;
+        std::u16string expanded;
+    } cases[] = {
+        {u"\"%TOOLS%\\a.exe\" /S", u"C:\\Program Files\\Long Name\\a.exe"},
+        {u"C:\\PROGRA~1\\LONGNA~1\\a.exe", u"C:\\Program Files\\Long Name\\a.exe"},
+        {u"C:\\None\\\\x\\", u"C:\\None\\x"},
+        {u"%NONE%\\x", u"%NONE%\\x"},
+        {u"%BIG%\\x", u"%BIG%\\x"},
+        {u"x%TOOLS%", u"x%TOOLS%"},
+        {u"\"\"", u"\"\""},
+        {longest, longest},
+        {tooLong + u"\\", tooLong + u"\\"},
+        {u"%TOOLS%\\a.exe" + std::u16string(32767, u' ') + u"/S", u"C:\\Program Files\\Long Name\\a.exe"},
+    };
+    for (const auto& c : cases) {
+        OwnedString path(c.text);
+        ExpandPath(path);
+        EXPECT_EQ(path.View(), c.expanded) << Narrow(c.text.substr(0, 60));
+    }
+    OwnedString null;
+    ExpandPath(null);
+    EXPECT_TRUE(null.IsNull());
+}
+
+// A path that is cut names another file.
+TEST_F(PathTextTest, LongAndShortForm_ThatDoNotFitLeaveNothing) {
+    builder.File(u"C:\\Folder\\file.txt").Short(u"C:\\Folder", u"C:\\F");
+    Start();
+    const struct {
+        const char16_t* source;
+        std::size_t size;
+        const char16_t* longForm;
+        const char16_t* shortForm;
+    } cases[] = {
+        {u"C:\\Folder\\file.txt", 20, u"C:\\Folder\\file.txt", u"C:\\F\\file.txt"},
+        {u"C:\\Folder\\file.txt", 19, u"C:\\Folder\\file.txt", u"C:\\F\\file.txt"},
+        {u"C:\\Folder\\file.txt", 18, u"", u"C:\\F\\file.txt"},
+        {u"C:\\F\\file.txt", 14, u"C:\\F\\file.txt", u"C:\\F\\file.txt"},
+        {u"C:\\F\\file.txt", 13, u"", u""},
+        {u"C:\\None\\x", 10, u"C:\\None\\x", u"C:\\None\\x"},
+        {u"C:\\None\\x", 9, u"", u""},
+    };
+    for (const auto& c : cases) {
+        char16_t target[24];
+        std::fill(std::begin(target), std::end(target), u'#');
+        GetLongPath(c.source, target, c.size);
+        EXPECT_STREQ(Narrow(target).c_str(), Narrow(c.longForm).c_str()) << c.size;
+        EXPECT_EQ(target[c.size], u'#');
+        GetShortPath(c.source, target, c.size);
+        EXPECT_STREQ(Narrow(target).c_str(), Narrow(c.shortForm).c_str()) << c.size;
+        EXPECT_EQ(target[c.size], u'#');
+    }
+}
+
+}  // namespace
+}  // namespace roundup
