@@ -12,9 +12,8 @@
 #include <type_traits>
 
 #include "utility/fixedtext.h"
-#include "utility/ownedstring.h"
-
 #include "utility/formattext_detail.h"
+#include "utility/ownedstring.h"
 
 namespace roundup {
 

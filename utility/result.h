@@ -59,7 +59,9 @@ inline constexpr ResultCode kSuccess{};
 
 constexpr SmallCode Small(ResultCode rc) noexcept { return static_cast<SmallCode>(rc.Value() & 0xFFFFU); }
 constexpr Win32Error Win32Of(ResultCode rc) noexcept { return static_cast<Win32Error>(rc.Value() >> 32); }
-constexpr std::uint32_t LineOf(ResultCode rc) noexcept { return static_cast<std::uint32_t>(rc.Value() >> 16) & 0xFFFFU; }
+constexpr std::uint32_t LineOf(ResultCode rc) noexcept {
+    return static_cast<std::uint32_t>(rc.Value() >> 16) & 0xFFFFU;
+}
 constexpr bool Failed(ResultCode rc) noexcept { return rc.Value() != 0; }
 constexpr bool Succeeded(ResultCode rc) noexcept { return rc.Value() == 0; }
 
@@ -75,8 +77,7 @@ void Skip(ResultCode rc, std::source_location where = std::source_location::curr
 void SkipIf(std::uint64_t condition, std::source_location where = std::source_location::current()) noexcept;
 
 // The checks that write nothing.
-constexpr ResultCode FailQuiet(SmallCode code,
-                               std::source_location where = std::source_location::current()) noexcept {
+constexpr ResultCode FailQuiet(SmallCode code, std::source_location where = std::source_location::current()) noexcept {
     return ResultCode::Make(code, where.line());
 }
 constexpr ResultCode FailWin32Quiet(Win32Error error,
