@@ -1,0 +1,57 @@
+// Memory for things that live as long as the whole: never freed one by one, gone all at once.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <new>
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+namespace roundup {
+
+// Not synchronised. Throws std::bad_alloc.
+class Arena {
+  public:
+    Arena() = default;
+    Arena(const Arena&) = delete;
+    Arena& operator=(const Arena&) = delete;
+
+    // bytes may be 0; alignment is a power of two of at most that of std::max_align_t.
+    void* Allocate(std::size_t bytes, std::size_t alignment) {
+        const std::size_t start = (m_used + alignment - 1) & ~(alignment - 1);
+        if (start <= m_size && bytes <= m_size - start) {
+            m_used = start + bytes;
+            return m_block + start;
+        }
+        return AllocateSlow(bytes);
+    }
+
+    // Not initialised: for types that need no constructor and no destructor.
+    template <class T>
+    T* Array(std::size_t count) {
+        static_assert(std::is_trivially_destructible_v<T>);
+        if (count > static_cast<std::size_t>(-1) / 2 / sizeof(T)) throw std::bad_alloc();
+        return static_cast<T*>(Allocate(count * sizeof(T), alignof(T)));
+    }
+
+    template <class T>
+    T* Make() {
+        static_assert(std::is_trivially_destructible_v<T>);
+        return new (Allocate(sizeof(T), alignof(T))) T();
+    }
+
+    // A copy without a terminator, never null.
+    const char16_t* CopyText(std::u16string_view text);
+    std::byte* CopyBytes(const void* data, std::size_t size);
+
+  private:
+    void* AllocateSlow(std::size_t bytes);
+
+    std::vector<std::unique_ptr<std::byte[]>> m_blocks;
+    std::byte* m_block = nullptr;
+    std::size_t m_used = 0;
+    std::size_t m_size = 0;
+};
+
+}  // namespace roundup
