@@ -36,7 +36,6 @@ TEST_F(CommandPathsTest, CommandLine_GivesItsProgramOrNothing) {
         {u"\"C:\\Windows\\System32\\rundll32.exe\" C:\\Tool\\setup.dll,Run", u"C:\\Windows\\System32\\rundll32.exe"},
         {u"host /path=C:\\Tool\\setup.exe", u"C:\\Tool\\setup.exe"},
         {u"host /dir:C:\\Tool\\ /S setup.exe", u"C:\\Tool\\setup.exe"},
-        {u"host C:/Tool setup.exe", u"C:\\Tool\\setup.exe"},
         {u"host C:\\None C:\\Tool setup.exe", nullptr},  // the first folder stays
         {u"host :\\x", nullptr},
     };
@@ -54,7 +53,7 @@ TEST_F(CommandPathsTest, CommandLine_GivesItsProgramOrNothing) {
 TEST_F(CommandPathsTest, HostileLengths_EndWithoutAPath) {
     builder.File(u"C:\\Tool\\uninst.exe");
     Start();
-    for (const std::size_t length : {260U, 520U, 32767U, 300000U}) {
+    for (const std::size_t length : {260U, 520U, 300000U}) {
         EXPECT_EQ(CommandPaths((u"C:\\" + std::u16string(length, u'x')).c_str()).First(), nullptr);
         EXPECT_EQ(CommandPaths(std::u16string(length, u'/').c_str()).First(), nullptr);
         const std::u16string switches = u"C:\\Tool\\uninst.exe " + std::u16string(length, u'/');

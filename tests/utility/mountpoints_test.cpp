@@ -11,7 +11,8 @@ class MountPointsTest : public MachineTest {
   protected:
     static std::u16string Resolve(const std::u16string& path) {
         FixedText<520> target(u"untouched");
-        return (ResolveMountPoints(path.c_str(), target) ? u"+" : u"-") + std::u16string(target.View());
+        const bool resolved = ResolveMountPoints(path.c_str(), target);
+        return (resolved ? u"+" : u"-") + std::u16string(target.View());
     }
 };
 

@@ -16,8 +16,9 @@ std::string Word(std::uint32_t value, int bytes) {
 }
 
 // An image of size bytes whose second header stands at offset.
-std::string Image(std::uint32_t magic, std::size_t size = 1024, std::uint32_t offset = 64) {
-    std::string image = "MZ" + std::string(58, '\0') + Word(offset, 4) + std::string(size, '\0');
+std::string Image(std::uint32_t magic, std::size_t size = 1024, std::size_t offset = 64) {
+    std::string image =
+        "MZ" + std::string(58, '\0') + Word(static_cast<std::uint32_t>(offset), 4) + std::string(size, '\0');
     if (offset + 26 <= image.size()) image.replace(offset, 4, Word(17744, 4)).replace(offset + 24, 2, Word(magic, 2));
     image.resize(size);
     return image;

@@ -68,14 +68,13 @@ TEST_F(RegTest, LongestValueWithoutTerminator_EndsAtItsLastByte) {
         builder = {};
         builder.Value(kToolPath, u"v", kRegSz, std::string(bytes, 'x'));
         Start();
-        OpenTool();
+        CWFYRegKey tool;
+        ASSERT_TRUE(Succeeded(tool.Open(kHkeyLocalMachine, kTool, true, false)));
         OwnedString text;
         std::size_t count = 0;
-        ASSERT_TRUE(Succeeded(key.GetString(u"v", text, &count)));
+        ASSERT_TRUE(Succeeded(tool.GetString(u"v", text, &count)));
         EXPECT_EQ(text.Length(), (bytes + 1) / 2);
         EXPECT_EQ(count, bytes / 2);
-        key.~CWFYRegKey();
-        new (&key) CWFYRegKey;
     }
 }
 
