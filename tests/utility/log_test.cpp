@@ -63,8 +63,6 @@ std::u16string Units(std::string_view bytes) {
     return text;
 }
 
-std::string Bytes(std::u16string_view text) { return {reinterpret_cast<const char*>(text.data()), text.size() * 2}; }
-
 // The messages of the log, each checked for its stamp and its tag, behind the mark and the memory line.
 std::vector<std::u16string> Messages(std::u16string_view text) {
     constexpr std::u16string_view kHead = u"\uFEFFComputer information: ullTotalPhys = ";
