@@ -4,10 +4,12 @@
 
 namespace roundup {
 
-FileTree::FileTree(std::unique_ptr<IFileSource> source) : m_source(std::move(source)) {
-    m_root.kind = SourceKind::Folder;
-    m_root.attributes = kAttributeDirectory;
-    m_root.size = 0;
+FileTree::FileTree(std::unique_ptr<IFileSource> source) : m_source(std::move(source)), m_added(u"", nullptr) {
+    for (FileEntry* root : {&m_root, static_cast<FileEntry*>(&m_added)}) {
+        root->kind = SourceKind::Folder;
+        root->attributes = kAttributeDirectory;
+        root->size = 0;
+    }
 }
 
 FileEntry* FileTree::DriveOf(char16_t letter) const noexcept {
@@ -21,7 +23,7 @@ void FileTree::SetDrive(char16_t letter, FileEntry& folder) {
 
 bool FileTree::HasDrive(char16_t letter) const noexcept { return DriveOf(letter) != nullptr; }
 
-FileTree::Found FileTree::Find(const WinPath& path, Last last, std::vector<const FileEntry*>* trail) {
+FileTree::Found FileTree::Find(const WinPath& path, Last last, std::vector<FileEntry*>* trail) {
     FileEntry* drive = DriveOf(path.Drive());
     if (drive == nullptr) {
         Found nothing;
@@ -35,7 +37,7 @@ FileTree::Found FileTree::Find(const WinPath& path, Last last, std::vector<const
 // Part by part: a folder is entered, a link is replaced by what it leads to, a mount point starts a new search with
 // the rest of the path, and a mapped folder takes the rest over.
 FileTree::Found FileTree::FindFrom(FileEntry& start, std::u16string_view rest, Last last, Search& search,
-                                   std::vector<const FileEntry*>* trail) {
+                                   std::vector<FileEntry*>* trail) {
     Found found;
     found.entry = &start;
     for (;;) {
@@ -134,22 +136,39 @@ FileEntry* FileTree::FollowLink(FileEntry& link, Search& search) {
     return entry;
 }
 
-FileEntry* FileTree::MakeFolder(const WinPath& path) {
-    FileEntry* entry = DriveOf(path.Drive());
-    std::u16string_view rest = path.Parts();
-    while (entry != nullptr && !rest.empty()) {
-        if (entry->kind == SourceKind::Link) {
-            Win32Error error = kErrorSuccess;
-            entry = FollowLink(*entry, error);
-        }
-        if (entry == nullptr || entry->kind != SourceKind::Folder) return nullptr;
+FileEntry& FileTree::AddDrive(char16_t letter) {
+    const char16_t name[] = {letter, u':'};
+    FileEntry* drive = FolderOf(m_added).Add(std::u16string_view(name, 2), SourceKind::Folder, nullptr, false);
+    SetDrive(letter, *drive);
+    return *drive;
+}
+
+// The folder that the entry is or leads to, if any.
+FileEntry* FileTree::FolderBehind(FileEntry& entry) {
+    Win32Error error = kErrorSuccess;
+    FileEntry* target = entry.kind == SourceKind::Link ? FollowLink(entry, error) : &entry;
+    return target != nullptr && target->kind == SourceKind::Folder ? target : nullptr;
+}
+
+FileEntry& FileTree::MakeFolder(const WinPath& path) {
+    FileEntry* entry = HasDrive(path.Drive()) ? DriveOf(path.Drive()) : &AddDrive(path.Drive());
+    for (std::u16string_view rest = path.Parts(); !rest.empty();) {
         FolderNode& folder = FolderOf(*entry);
         const std::u16string_view part = TakePart(rest);
         Win32Error error = kErrorSuccess;
         FileEntry* next = folder.Find(part, error);
-        entry = next != nullptr ? next : folder.Add(part, SourceKind::Folder, nullptr, true);
+        if (next != nullptr) next = FolderBehind(*next);
+        entry = next != nullptr ? next : folder.Add(part, SourceKind::Folder, nullptr, false);
     }
-    return entry;
+    return *entry;
+}
+
+FileEntry& FileTree::CoverFolder(const WinPath& path) {
+    WinPath above = path;
+    const std::size_t cut = above.text.rfind(u'\\');
+    const std::u16string name = above.text.substr(cut + 1);
+    above.text.resize(cut < 3 ? 3 : cut);
+    return *FolderOf(MakeFolder(above)).Add(name, SourceKind::Folder, nullptr, false);
 }
 
 std::uint32_t FileTree::AttributesOf(FileEntry& entry) {

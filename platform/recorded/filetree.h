@@ -35,13 +35,17 @@ class FileTree {
     FileEntry& Root() noexcept { return m_root; }
     void SetDrive(char16_t letter, FileEntry& folder);
     bool HasDrive(char16_t letter) const noexcept;
+    // A drive that the source does not have: empty, in memory.
+    FileEntry& AddDrive(char16_t letter);
 
     // The path must stay as it is while the answer is in use. trail, when given, receives the entry of each part of
-    // the path as it is written, as far as they are not in a mapped folder.
-    Found Find(const WinPath& path, Last last, std::vector<const FileEntry*>* trail = nullptr);
-    // The folder at the path, made in memory with those on the way when it is not there. Null when something on the
-    // way is no folder of the tree.
-    FileEntry* MakeFolder(const WinPath& path);
+    // the path as it is written, as far as they are not in a mapped folder or behind a mount point.
+    Found Find(const WinPath& path, Last last, std::vector<FileEntry*>* trail = nullptr);
+    // The folder at the path, its drive included, made in memory with those on the way where it is not there; a file,
+    // or a link that cannot be followed, is covered by it.
+    FileEntry& MakeFolder(const WinPath& path);
+    // A new folder in memory at the path, in place of whatever is there. The path is no drive's root.
+    FileEntry& CoverFolder(const WinPath& path);
 
     FolderNode& FolderOf(FileEntry& entry) { return FolderNode::Of(entry, m_source.get()); }
     IFileSource& Source() noexcept { return *m_source; }
@@ -62,13 +66,15 @@ class FileTree {
     };
 
     Found FindFrom(FileEntry& start, std::u16string_view rest, Last last, Search& search,
-                   std::vector<const FileEntry*>* trail);
+                   std::vector<FileEntry*>* trail);
     Found FollowMount(const FileEntry& mount, std::u16string_view rest, Last last, Search& search);
     FileEntry* FollowLink(FileEntry& link, Search& search);
+    FileEntry* FolderBehind(FileEntry& entry);
     FileEntry* DriveOf(char16_t letter) const noexcept;
 
     std::unique_ptr<IFileSource> m_source;
     FileEntry m_root;
+    WrittenEntry m_added;  // holds the drives that the source does not have
     std::array<FileEntry*, 26> m_drives{};
 };
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/recorded/filesource.h"
+#include "platform/system.h"
 
 namespace roundup {
 
@@ -62,6 +63,7 @@ std::string HostTempFolder();
 std::string HostProgramPath();
 // Bytes of memory; 0 when unknown.
 void HostMemory(std::uint64_t& total, std::uint64_t& available);
+LocalTime HostLocalTime();
 // The number that the operating system gives the calling thread.
 std::uint32_t HostThreadNumber();
 // Fills the buffer from the system's source of randomness; false when there is none.

@@ -6,9 +6,11 @@
 #include <sys/sysinfo.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
+#include <ctime>
 #include <utility>
 
 #include "platform/recorded/hostfs.h"
@@ -309,6 +311,22 @@ void HostMemory(std::uint64_t& total, std::uint64_t& available) {
     if (sysinfo(&info) != 0) return;
     total = std::uint64_t{info.totalram} * info.mem_unit;
     available = std::uint64_t{info.freeram + info.bufferram} * info.mem_unit;
+}
+
+LocalTime HostLocalTime() {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    std::tm local{};
+    localtime_r(&now.tv_sec, &local);
+    LocalTime time;
+    time.year = static_cast<std::uint16_t>(local.tm_year + 1900);
+    time.month = static_cast<std::uint16_t>(local.tm_mon + 1);
+    time.day = static_cast<std::uint16_t>(local.tm_mday);
+    time.hour = static_cast<std::uint16_t>(local.tm_hour);
+    time.minute = static_cast<std::uint16_t>(local.tm_min);
+    time.second = static_cast<std::uint16_t>(local.tm_sec);
+    time.millisecond = static_cast<std::uint16_t>(now.tv_nsec / 1'000'000);
+    return time;
 }
 
 std::uint32_t HostThreadNumber() {

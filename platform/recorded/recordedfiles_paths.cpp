@@ -60,7 +60,7 @@ std::vector<std::byte> ReparseData(std::u16string_view target, bool mountPoint) 
 
 // The name that each part of the path gets; empty for one that stays as it is written.
 Win32Error RecordedFileSystem::PartNames(const WinPath& path, Form form, std::vector<std::u16string>& names) {
-    std::vector<const FileEntry*> trail;
+    std::vector<FileEntry*> trail;
     const FileTree::Found found = m_tree.Find(path, FileTree::Last::AsItIs, &trail);
     if (found.error != kErrorSuccess) return found.error;
     for (const FileEntry* entry : trail) {
