@@ -191,14 +191,16 @@ TEST_F(Log, FileThatCannotBeOpened_CostsOneDebugTextALine) {
 TEST_F(Log, ManyThreads_WriteWholeLines) {
     Start();
     std::vector<std::thread> threads;
+    std::atomic<int> ready{0};
     for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([i] {
-            for (int k = 0; k < 50; ++k) TraceLine(u"%d:%s", i, std::u16string(20, static_cast<char16_t>(u'a' + i)));
+        threads.emplace_back([i, &ready] {
+            for (++ready; ready < 4;) std::this_thread::yield();
+            for (int k = 0; k < 500; ++k) TraceLine(u"%d:%s", i, std::u16string(20, static_cast<char16_t>(u'a' + i)));
         });
     }
     for (std::thread& thread : threads) thread.join();
     const Lines messages = Messages(Units(ReadLog()));
-    EXPECT_EQ(messages.size(), 200U);
+    EXPECT_EQ(messages.size(), 2000U);
     for (const std::u16string& message : messages) {
         const auto letter = static_cast<char16_t>(u'a' + (message[0] - u'0'));
         EXPECT_EQ(message.substr(1), u":" + std::u16string(20, letter));
