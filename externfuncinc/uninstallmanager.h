@@ -23,7 +23,7 @@ class CUnInstallManager {
     bool AddUnInstallProc(const OwnedString& command, std::uint8_t hidden, IRmxApp* record);
 
   private:
-    CRoundup* const m_owner;
+    [[maybe_unused]] CRoundup* const m_owner;  // who knows the observer that is to learn how an uninstall ended
 };
 
 }  // namespace roundup

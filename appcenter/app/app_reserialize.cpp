@@ -117,7 +117,7 @@ class CApp::RecordLoader {
             if (!sub) return Fail(SmallCode::ObjectAllocation);
             if (auto rc = RecordLoader(m_depth + 1).Load(*sub, below); Failed(rc)) return Pass(rc);
             if (auto rc = reader.ReadBytes(below.Position(), consumed); Failed(rc)) return Pass(rc);
-            app.SubApps.push_back(std::move(sub));
+            app.SubApps.emplace_back(std::move(sub));
         }
         return kSuccess;
     }

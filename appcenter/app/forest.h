@@ -1,7 +1,7 @@
 // The walk over an application and what lies below it.
 #pragma once
 
-#include <cstddef>
+#include <ranges>
 #include <vector>
 
 #include "appcenter/app/app.h"
@@ -16,8 +16,8 @@ bool AnyInForest(CApp& root, Own own, Other other) {
     if (own(root)) return true;
     std::vector<IApp*> open;
     const auto openBelow = [&open](const CApp& app) {
-        for (auto sub = app.SubApps.rbegin(); sub != app.SubApps.rend(); ++sub) {
-            if (*sub) open.push_back(sub->Get());
+        for (const RefPtr<IApp>& sub : std::views::reverse(app.SubApps)) {
+            if (sub) open.push_back(sub.Get());
         }
     };
     openBelow(root);
