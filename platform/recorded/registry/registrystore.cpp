@@ -38,7 +38,14 @@ void CopyContent(RegistryTree& tree, RegistryNode& from, RegistryNode& to) {
 }  // namespace
 
 RegistryStore::RegistryStore(RegistryLayout layout, std::u16string_view userSid)
-    : m_layout(layout), m_user(&m_tree.MakeChild(m_tree.Users(), m_tree.Fold(userSid))) {}
+    : m_layout(layout), m_user(&m_tree.MakeChild(m_tree.Users(), m_tree.Fold(userSid))) {
+    SetLayout(layout);
+}
+
+void RegistryStore::SetLayout(RegistryLayout layout) noexcept {
+    m_layout = layout;
+    m_tree.OrderByLowerCase(IsWine(layout));
+}
 
 std::u16string RegistryStore::UserSid() {
     const std::shared_lock guard(m_lock);

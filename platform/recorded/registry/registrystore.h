@@ -19,8 +19,8 @@ namespace roundup {
 enum class RegistryLayout {
     Windows64,  // two views, by the table of redirected and shared keys of Windows 10
     Windows32,  // one view
-    // The prefix holds its rules itself: a key Wow6432Node redirects the key that it is in, links share. And
-    // HKEY_CLASSES_ROOT is the machine's Software\Classes alone.
+    // The prefix holds its rules itself: a key Wow6432Node redirects the key that it is in, links share. As in Wine 8,
+    // HKEY_CLASSES_ROOT is the machine's Software\Classes alone, and keys stand in the order of lower-cased names.
     Wine64,
     Wine32,
 };
@@ -51,7 +51,7 @@ class RegistryStore {
 
     RegistryLayout Layout() const noexcept { return m_layout; }
     // Before the first key is made.
-    void SetLayout(RegistryLayout layout) noexcept { m_layout = layout; }
+    void SetLayout(RegistryLayout layout) noexcept;
 
     std::u16string UserSid();
     // Says who the user is. What was recorded for the user so far moves along and wins over what that key of

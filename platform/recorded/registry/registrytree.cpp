@@ -17,8 +17,6 @@ std::uint64_t RandomSeed() {
     return (std::uint64_t{device()} << 32) ^ device();
 }
 
-bool IsBefore(const RegistryNode* a, const RegistryNode* b) noexcept { return a->Folded() < b->Folded(); }
-
 std::optional<std::uint32_t> FindChildPosition(const RegistryNode& node, const FoldedName& name) noexcept {
     return position_index::Find(node.childIndex, node.childCapacity, node.children, node.childCount, name.Hash(),
                                 [&name](const RegistryChild& child) { return child.node->Folded() == name.Text(); });
@@ -186,7 +184,7 @@ void RegistryTree::OrderChildren(RegistryNode& node) {
         node.childOrderCapacity = node.childCapacity;
     }
     for (std::uint32_t i = 0; i < node.childCount; ++i) node.childOrder[i] = node.children[i].node;
-    std::sort(node.childOrder, node.childOrder + node.childCount, IsBefore);
+    std::sort(node.childOrder, node.childOrder + node.childCount, Before());
     node.childOrderReady.store(true, std::memory_order_release);
 }
 
@@ -216,13 +214,13 @@ void RegistryTree::LinkChild(RegistryNode& node, RegistryNode& child) {
     if (node.childCount == node.childCapacity) GrowChildren(node);
     child.parent = &node;
     if (node.childrenInOrder && node.childCount != 0) {
-        node.childrenInOrder = IsBefore(node.children[node.childCount - 1].node, &child);
+        node.childrenInOrder = Before()(node.children[node.childCount - 1].node, &child);
     }
     // An order that was asked for once is kept up; until then, adding costs nothing.
     if (node.childOrderReady.load(std::memory_order_relaxed)) {
         if (node.childOrderCapacity > node.childCount) {
             RegistryNode** const end = node.childOrder + node.childCount;
-            RegistryNode** const at = std::upper_bound(node.childOrder, end, &child, IsBefore);
+            RegistryNode** const at = std::upper_bound(node.childOrder, end, &child, Before());
             std::move_backward(at, end, end + 1);
             *at = &child;
         } else {
@@ -247,7 +245,7 @@ void RegistryTree::UnlinkChild(RegistryNode& child) {
     const std::uint32_t last = node.childCount - 1;
     if (node.childOrderReady.load(std::memory_order_relaxed)) {
         RegistryNode** const end = node.childOrder + node.childCount;
-        RegistryNode** const at = std::lower_bound(node.childOrder, end, &child, IsBefore);
+        RegistryNode** const at = std::lower_bound(node.childOrder, end, &child, Before());
         std::move(at + 1, end, at);
     }
     if (node.childIndex != nullptr) {

@@ -10,6 +10,7 @@
 #include "platform/recorded/registry/foldedname.h"
 #include "platform/recorded/registry/registrynode.h"
 #include "platform/registry.h"
+#include "utility/casemap.h"
 
 namespace roundup {
 
@@ -41,12 +42,16 @@ class RegistryTree {
     RegistryNode& Machine() noexcept { return *m_machine; }
     RegistryNode& Users() noexcept { return *m_users; }
 
+    // Lets children stand in the order of their lower-cased names, as a wineserver keeps them. Before the first key is
+    // made.
+    void OrderByLowerCase(bool lowerCase) noexcept { m_lowerCaseOrder = lowerCase; }
+
     FoldedName Fold(std::u16string_view name) const { return FoldedName(name, m_seed); }
 
     // Null when there is none. A key that could not be read has no children and no values: see IsDamaged.
     RegistryNode* FindChild(RegistryNode& node, const FoldedName& name);
     std::uint32_t ChildCount(RegistryNode& node);
-    // In ascending order of the upper-cased names. Null past the end.
+    // In ascending order of the upper-cased names, unless told otherwise. Null past the end.
     RegistryNode* ChildAt(RegistryNode& node, std::uint32_t index);
 
     const RegistryValue* FindValue(RegistryNode& node, const FoldedName& name);
@@ -80,6 +85,11 @@ class RegistryTree {
     void EnsureFilled(RegistryNode& node) {
         if (node.fill.load(std::memory_order_acquire) == FillState::Pending) Fill(node);
     }
+    auto Before() const noexcept {
+        return [lowerCase = m_lowerCaseOrder](const RegistryNode* a, const RegistryNode* b) noexcept {
+            return lowerCase ? CompareNoCase(a->Name(), b->Name()) < 0 : a->Folded() < b->Folded();
+        };
+    }
     void Fill(RegistryNode& node);
     void OrderChildren(RegistryNode& node);
     void OrderValues(RegistryNode& node);
@@ -93,6 +103,7 @@ class RegistryTree {
     static void Empty(RegistryNode& node);
 
     const std::uint64_t m_seed;
+    bool m_lowerCaseOrder = false;
     Arena m_arena;  // written with the tree held alone, or under m_onDemand
     RegistryNode* m_machine;
     RegistryNode* m_users;

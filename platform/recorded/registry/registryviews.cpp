@@ -195,13 +195,12 @@ KeyRef RegistryViews::StepClasses(const KeyRef& key, std::u16string_view name, R
 KeyRef RegistryViews::StepWine(RegistryNode& node, std::u16string_view name) {
     const FoldedName folded = m_tree.Fold(name);
     RegistryNode* child = nullptr;
+    if (folded.Text() == u"WOW6432NODE") return Plain(Child(&node, folded));
     if (folded.Text() == u"CLASSES" && IsSoftware(node)) {
         child = Child(node.role.kind == Role::Software ? &node : node.parent, folded);
-    } else if (!node.redirects || folded.Text() == u"WOW6432NODE") {
-        return Plain(Child(&node, folded));
     } else {
-        child = Child(Plain(WowChild(node)).node, folded);
-        if (child == nullptr && node.role.kind == Role::Classes) child = Child(&node, folded);
+        if (node.redirects) child = Child(Plain(WowChild(node)).node, folded);
+        if (child == nullptr && (!node.redirects || node.role.kind == Role::Classes)) child = Child(&node, folded);
     }
     const KeyRef found = Plain(child);
     if (found.IsMissing() || !found.node->redirects || found.node->role.kind == Role::Classes) return found;

@@ -1,0 +1,175 @@
+// Hives through hivex. Opening reads the frame of the file alone; a key's subkeys and values are read when it is first
+// visited, under the lock of the tree, so that the one handle of hivex is never used by two threads.
+//
+// What makes a walk over a hostile hive end: a subkey counts only when it names the key that lists it as its parent,
+// and the root is nobody's subkey. A circle would have to contain a key with two parents, or the root.
+#include <fcntl.h>
+#include <hivex.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <mutex>
+#include <new>
+
+#include "platform/recorded/registry/hivecells.h"
+#include "platform/recorded/registry/registrysources.h"
+#include "platform/recorded/registry/sourcefile.h"
+#include "platform/recorded/registry/sourcetext.h"
+#include "platform/recorded/registry/storedkeys.h"
+
+namespace roundup {
+
+namespace {
+
+struct FreeBlock {
+    void operator()(void* block) const noexcept { std::free(block); }
+};
+struct CloseHive {
+    void operator()(hive_h* hive) const noexcept { hivex_close(hive); }
+};
+
+// The bytes of a file, as long as it stays as it is: like hivex, which maps it, too.
+class MappedFile {
+  public:
+    MappedFile() = default;
+    MappedFile(const MappedFile&) = delete;
+    MappedFile& operator=(const MappedFile&) = delete;
+    ~MappedFile() {
+        if (m_data != nullptr) munmap(m_data, m_size);
+    }
+
+    // Null, or what is wrong.
+    const char* Open(const std::string& file) {
+        const int descriptor = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+        if (descriptor < 0) return std::strerror(errno);
+        const char* const wrong = Map(descriptor);
+        close(descriptor);
+        return wrong;
+    }
+    std::span<const std::byte> View() const noexcept { return {static_cast<const std::byte*>(m_data), m_size}; }
+
+  private:
+    const char* Map(int descriptor) {
+        struct stat status {};
+        if (fstat(descriptor, &status) != 0) return std::strerror(errno);
+        if (!S_ISREG(status.st_mode)) return "is no ordinary file";
+        if (status.st_size == 0) return "is an empty file";
+        if (status.st_size > std::numeric_limits<std::uint32_t>::max()) return "is too large for a registry hive";
+        void* const data =
+            mmap(nullptr, static_cast<std::size_t>(status.st_size), PROT_READ, MAP_PRIVATE, descriptor, 0);
+        if (data == MAP_FAILED) return std::strerror(errno);
+        m_data = data;
+        m_size = static_cast<std::size_t>(status.st_size);
+        return nullptr;
+    }
+
+    void* m_data = nullptr;
+    std::size_t m_size = 0;
+};
+
+class HiveSource final : public IRegistryNodeSource {
+  public:
+    explicit HiveSource(const std::string& file) : m_file(file) {}
+
+    SourceStatus Open() {
+        if (const char* const wrong = m_mapped.Open(m_file)) return SourceError{m_file, {}, 0, wrong};
+        m_cells = HiveCells(m_mapped.View());
+        if (const auto fault = m_cells.FindFault()) {
+            return SourceError{m_file, SourceError::Place::Offset, fault->offset, fault->what};
+        }
+        m_hive.reset(hivex_open(m_file.c_str(), 0));
+        if (m_hive == nullptr) return Refused();
+        m_root = hivex_root(m_hive.get());
+        return m_root != 0 && m_root <= m_mapped.View().size() ? SourceStatus() : Refused();
+    }
+
+    std::uint32_t Root() const noexcept { return static_cast<std::uint32_t>(m_root); }
+
+    bool Fill(RegistryFiller& filler, RegistryNode& node) override {
+        const hive_node_h key = node.sourceNode;
+        return FillValues(filler, node, key) && (IsTooDeep(node) || FillChildren(filler, node, key));
+    }
+
+  private:
+    SourceStatus Refused() const {
+        return SourceError{m_file, {}, 0, std::string("a hive that cannot be read: ") + std::strerror(errno)};
+    }
+
+    bool FillChildren(RegistryFiller& filler, RegistryNode& node, hive_node_h key) {
+        const std::unique_ptr<hive_node_h, FreeBlock> children(hivex_node_children(m_hive.get(), key));
+        if (children == nullptr) return false;
+        for (const hive_node_h* child = children.get(); *child != 0; ++child) {
+            if (*child == m_root || hivex_node_parent(m_hive.get(), *child) != key) continue;
+            const auto read = m_cells.ReadKey(*child);
+            if (read) filler.AddChild(node, read->name, static_cast<std::uint32_t>(*child), read->link);
+        }
+        return true;
+    }
+
+    bool FillValues(RegistryFiller& filler, RegistryNode& node, hive_node_h key) {
+        const std::unique_ptr<hive_value_h, FreeBlock> values(hivex_node_values(m_hive.get(), key));
+        if (values == nullptr) return false;
+        for (const hive_value_h* value = values.get(); *value != 0; ++value) {
+            const auto name = m_cells.ReadValueName(*value);
+            if (!name) continue;
+            hive_type type{};
+            std::size_t size = 0;
+            const std::unique_ptr<char, FreeBlock> data(hivex_value_value(m_hive.get(), *value, &type, &size));
+            // One value that cannot be read does not take the key with it.
+            if (data == nullptr || size > std::numeric_limits<std::uint32_t>::max()) continue;
+            filler.AddValue(node, *name, static_cast<std::uint32_t>(type), data.get(),
+                            static_cast<std::uint32_t>(size));
+        }
+        return true;
+    }
+
+    static bool IsTooDeep(const RegistryNode& node) noexcept {
+        std::size_t depth = 0;
+        for (const RegistryNode* at = node.parent; at != nullptr && depth <= kDeepestKey; at = at->parent) ++depth;
+        return depth > kDeepestKey;
+    }
+
+    const std::string m_file;
+    MappedFile m_mapped;
+    HiveCells m_cells;
+    std::unique_ptr<hive_h, CloseHive> m_hive;
+    hive_node_h m_root = 0;
+};
+
+// The key at which the hive is mounted, as it stands: a symbolic link of that name is what the mount replaces.
+RegistryNode* MountPoint(RegistryStore& store, std::u16string_view path) {
+    StoredKeys keys(store);
+    std::u16string_view below = path;
+    if (!TakeRoot(below, true)) return nullptr;
+    while (path.ends_with(u'\\')) path.remove_suffix(1);
+    const std::size_t last = path.rfind(u'\\');
+    if (TakeComponent(below).empty() || last == std::u16string_view::npos) return keys.Make(path);
+    RegistryNode* const parent = keys.Make(path.substr(0, last));
+    return &store.Tree().MakeChild(*parent, store.Tree().Fold(path.substr(last + 1)));
+}
+
+}  // namespace
+
+SourceStatus MountHive(RegistryStore& store, const std::string& file, std::u16string_view path) {
+    try {
+        auto source = std::make_unique<HiveSource>(file);
+        if (SourceStatus status = source->Open()) return status;
+        const std::uint32_t root = source->Root();
+        const std::lock_guard guard(store.Lock());
+        store.Changed();
+        RegistryNode* const node = MountPoint(store, path);
+        if (node == nullptr) return SourceError{file, {}, 0, "mounted at a key that does not begin with a root"};
+        store.Tree().SetPending(*node, store.Tree().AddSource(std::move(source)), root);
+        return {};
+    } catch (const std::bad_alloc&) {
+        return OutOfMemoryFault(file);
+    }
+}
+
+}  // namespace roundup
