@@ -1,0 +1,91 @@
+// The shell and the system of FaultInjectingMachine.
+#pragma once
+
+#include "tests/support/faultareas.h"
+
+namespace roundup::fault {
+
+class Shell final : public Area<IShell> {
+  public:
+    using Area::Area;
+    bool GetFolderPath(std::uint32_t number, char16_t (&path)[260]) override {
+        return gate.Next() == 0 && inner.GetFolderPath(number, path);
+    }
+    bool GetSpecialFolderPath(std::uint32_t number, char16_t (&path)[260]) override {
+        return gate.Next() == 0 && inner.GetSpecialFolderPath(number, path);
+    }
+    bool SplitCommandLine(const char16_t* text, std::vector<std::u16string>& arguments) override {
+        return gate.Next() == 0 && inner.SplitCommandLine(text, arguments);
+    }
+    void ExtractIcons(const char16_t* path, std::int32_t index, IconHandle& large, IconHandle& small) override {
+        large = small = 0;
+        if (gate.Next() == 0) inner.ExtractIcons(path, index, large, small);
+    }
+    IconHandle GetFileIcon(const char16_t* path) override { return gate.Next() != 0 ? 0 : inner.GetFileIcon(path); }
+    void DestroyIcon(IconHandle icon) override { inner.DestroyIcon(icon); }
+    bool GetIconBitmaps(IconHandle icon, IconBitmaps& bitmaps) override {
+        return gate.Next() == 0 && inner.GetIconBitmaps(icon, bitmaps);
+    }
+    bool GetBitmapShape(BitmapHandle bitmap, BitmapShape& shape) override {
+        return gate.Next() == 0 && inner.GetBitmapShape(bitmap, shape);
+    }
+    bool GetBitmapBits(BitmapHandle bitmap, const BitmapHeader& header, void* bits, std::uint32_t size) override {
+        return gate.Next() == 0 && inner.GetBitmapBits(bitmap, header, bits, size);
+    }
+    void DeleteBitmap(BitmapHandle bitmap) override { inner.DeleteBitmap(bitmap); }
+    bool LoadIndirectString(const char16_t* source, char16_t* buffer, std::uint32_t size) override {
+        return gate.Next() == 0 && inner.LoadIndirectString(source, buffer, size);
+    }
+    bool ReadLink(const char16_t* path, ShellLink& link) override {
+        return gate.Next() == 0 && inner.ReadLink(path, link);
+    }
+    void EnterApartment() override { inner.EnterApartment(); }
+    void LeaveApartment() override { inner.LeaveApartment(); }
+};
+
+class System final : public Area<ISystem> {
+  public:
+    using Area::Area;
+    // What a system cannot fail to tell is not counted.
+    std::uint16_t GetNativeArchitecture() override { return inner.GetNativeArchitecture(); }
+    std::uint32_t GetProcessorCount() override { return inner.GetProcessorCount(); }
+    LocalTime GetTime() override { return inner.GetTime(); }
+    std::uint32_t GetThreadNumber() override { return inner.GetThreadNumber(); }
+    Win32Error GetLastFailure() override { return inner.GetLastFailure(); }
+    void WriteDebugText(const char16_t* text) override { inner.WriteDebugText(text); }
+
+    bool GetVersion(OsVersionInfo& version) override { return gate.Next() == 0 && inner.GetVersion(version); }
+    bool GetNtVersionNumbers(std::uint32_t& major, std::uint32_t& minor, std::uint32_t& build) override {
+        return gate.Next() == 0 && inner.GetNtVersionNumbers(major, minor, build);
+    }
+    bool GetMemoryStatus(MemoryStatus& status) override { return gate.Next() == 0 && inner.GetMemoryStatus(status); }
+    std::uint32_t GetEnvironment(const char16_t* name, char16_t* buffer, std::uint32_t size) override {
+        return gate.Next() != 0 ? 0 : inner.GetEnvironment(name, buffer, size);
+    }
+    std::uint32_t ExpandEnvironment(const char16_t* source, char16_t* buffer, std::uint32_t size) override {
+        return gate.Next() != 0 ? 0 : inner.ExpandEnvironment(source, buffer, size);
+    }
+    std::uint32_t GetComputerName(char16_t* buffer, std::uint32_t size) override {
+        return gate.Next() != 0 ? 0 : inner.GetComputerName(buffer, size);
+    }
+    std::uint32_t GetHostExecutable(char16_t* buffer, std::uint32_t size) override {
+        return gate.Next() != 0 ? 0 : inner.GetHostExecutable(buffer, size);
+    }
+    std::uint32_t GetTempFolder(char16_t* buffer, std::uint32_t size) override {
+        return gate.Next() != 0 ? 0 : inner.GetTempFolder(buffer, size);
+    }
+    std::uint32_t GetWindowsFolder(char16_t* buffer, std::uint32_t size) override {
+        return gate.Next() != 0 ? 0 : inner.GetWindowsFolder(buffer, size);
+    }
+    bool CreateGuid(std::uint8_t (&guid)[16]) override { return gate.Next() == 0 && inner.CreateGuid(guid); }
+    MutexHandle OpenMutex(const char16_t* name, bool initialOwner) override {
+        return gate.Next() != 0 ? 0 : inner.OpenMutex(name, initialOwner);
+    }
+    bool LockMutex(MutexHandle mutex, std::uint32_t milliseconds) override {
+        return gate.Next() == 0 && inner.LockMutex(mutex, milliseconds);
+    }
+    void UnlockMutex(MutexHandle mutex) override { inner.UnlockMutex(mutex); }
+    void CloseMutex(MutexHandle mutex) override { inner.CloseMutex(mutex); }
+};
+
+}  // namespace roundup::fault
