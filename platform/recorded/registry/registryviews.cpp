@@ -134,7 +134,9 @@ KeyRef RegistryViews::StepPlain(RegistryNode& node, std::u16string_view name, Re
     if (node.role.kind == Role::Software && node.role.rule == 0) {
         if (EqualsNoCase(name, kWowNode)) {
             const KeyRef named = RedirectedSoftware(node, Kind::NamedWow);
-            return named.node != nullptr || HasSharedBelow(node) ? named : KeyRef();
+            const bool isThere = named.node != nullptr || HasSharedBelow(node) ||
+                                 !StepRedirectedRoot(named, m_tree.Fold(u"Classes")).IsMissing();
+            return isThere ? named : KeyRef();
         }
         if (wow) return StepRedirected(RedirectedSoftware(node, Kind::Redirected), name);
     }
@@ -195,7 +197,11 @@ KeyRef RegistryViews::StepClasses(const KeyRef& key, std::u16string_view name, R
 KeyRef RegistryViews::StepWine(RegistryNode& node, std::u16string_view name) {
     const FoldedName folded = m_tree.Fold(name);
     RegistryNode* child = nullptr;
-    if (folded.Text() == u"WOW6432NODE") return Plain(Child(&node, folded));
+    if (folded.Text() == u"WOW6432NODE") {
+        // Said once more by a path that names what the view already did.
+        RegistryNode* const wow = Child(&node, folded);
+        return Plain(wow == nullptr && node.Folded() == folded.Text() ? &node : wow);
+    }
     if (folded.Text() == u"CLASSES" && IsSoftware(node)) {
         child = Child(node.role.kind == Role::Software ? &node : node.parent, folded);
     } else {

@@ -1,0 +1,299 @@
+// What registries do whatever their source: order, names, sizes, errors, handles, access, threads.
+#include "platform/recorded/registry/registrystore.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <random>
+#include <set>
+#include <thread>
+
+#include "platform/recorded/registry/recordedregistry.h"
+#include "tests/recorded/registryreading.h"
+
+namespace roundup {
+
+namespace {
+
+constexpr Win32Error kErrorBadPathName = 161;
+constexpr Win32Error kErrorKeyDeleted = 1018;
+
+std::u16string Number(std::size_t number) {
+    const std::string digits = std::to_string(number);
+    return std::u16string(digits.begin(), digits.end());
+}
+
+class RegistryStoreTest : public testing::Test {
+  protected:
+    RegistryStoreTest() { m_store.CreateKey(u"HKLM\\SOFTWARE\\T"); }
+
+    std::u16string Path(std::u16string_view name) { return u"HKLM\\SOFTWARE\\T\\" + std::u16string(name); }
+    Win32Error OpenError(const char16_t* path, std::uint32_t access = kKeyRead) {
+        return OpenedKey(m_registry, kHkeyLocalMachine, path, access).Error();
+    }
+
+    RegistryStore m_store;
+    RecordedRegistry m_registry{m_store};
+};
+
+TEST_F(RegistryStoreTest, Subkeys_EnumerateByUpperCasedNamesHoweverTheyCameAndWent) {
+    for (const char16_t* name : {u"b", u"Z", u"a_", u"aB", u"[x", u"\u00E9", u"A", u"\uFFFD", u"\xD800", u"{1}"}) {
+        m_store.CreateKey(Path(name));
+    }
+    const OpenedKey key(m_registry, kHkeyLocalMachine, u"SOFTWARE\\T");
+    // U+00E9 sorts as U+00C9; '_' and '[' stand behind the capitals, before '{'.
+    EXPECT_EQ(key.Subkeys(), (Names{u"A", u"aB", u"a_", u"b", u"Z", u"[x", u"{1}", u"\u00E9", u"\xD800", u"\uFFFD"}));
+    m_store.DeleteKey(Path(u"AB"));
+    m_store.CreateKey(Path(u"c"));
+    m_store.CreateKey(Path(u"0"));
+    EXPECT_EQ(key.Subkeys(),
+              (Names{u"0", u"A", u"a_", u"b", u"c", u"Z", u"[x", u"{1}", u"\u00E9", u"\xD800", u"\uFFFD"}));
+}
+
+TEST_F(RegistryStoreTest, ManyRandomChanges_LeaveWhatASortedSetHolds) {
+    std::mt19937 random(7);
+    std::set<std::u16string> expected;
+    Names values;
+    const OpenedKey key(m_registry, kHkeyLocalMachine, u"SOFTWARE\\T", kKeyReadWrite);
+    for (int step = 0; step < 3000; ++step) {
+        const std::u16string name = Number(random() % 300);
+        if (random() % 3 == 0) {
+            EXPECT_EQ(m_store.DeleteKey(Path(name)), expected.erase(name) == 1);
+            const Win32Error deleted = m_registry.DeleteValue(key.Get(), name.c_str());
+            EXPECT_EQ(deleted, std::erase(values, name) == 1 ? kErrorSuccess : kErrorFileNotFound);
+        } else {
+            m_store.CreateKey(Path(name));
+            expected.insert(name);
+            m_registry.SetValue(key.Get(), name.c_str(), kRegBinary, name.data(), 2);
+            if (std::find(values.begin(), values.end(), name) == values.end()) values.push_back(name);
+        }
+        if (step % 100 == 0) {
+            ASSERT_EQ(key.Subkeys(), Names(expected.begin(), expected.end()));
+            ASSERT_EQ(key.ValueNames(), values);
+        }
+    }
+    for (const std::u16string& name : expected) EXPECT_EQ(OpenError((u"SOFTWARE\\T\\" + name).c_str()), kErrorSuccess);
+}
+
+TEST_F(RegistryStoreTest, HundredThousandSubkeys_AreMadeFoundAndListedWithoutASortForEachCall) {
+    constexpr std::size_t kCount = 100000;
+    for (std::size_t i = 0; i < kCount; ++i) m_store.CreateKey(Path(u"Key" + Number(i * 7919 % kCount)));
+    const OpenedKey key(m_registry, kHkeyLocalMachine, u"SOFTWARE\\T");
+    const Names names = key.Subkeys();
+    EXPECT_EQ(names.size(), kCount);
+    EXPECT_TRUE(std::is_sorted(names.begin(), names.end()));
+    for (std::size_t i = 0; i < kCount; i += 997) {
+        EXPECT_EQ(OpenError((u"SOFTWARE\\T\\kEY" + Number(i)).c_str()), kErrorSuccess);
+    }
+    EXPECT_EQ(OpenError(u"SOFTWARE\\T\\Key100000"), kErrorFileNotFound);
+}
+
+TEST_F(RegistryStoreTest, AMillionLevels_AreMadeWalkedAndDeletedWithoutOverflowingTheStack) {
+    std::u16string path = u"HKLM\\SOFTWARE\\T";
+    for (int i = 0; i < 1000000; ++i) path += u"\\d";
+    m_store.CreateKey(path);
+    EXPECT_EQ(OpenError(path.c_str() + 5), kErrorSuccess);
+    m_store.CreateKey(u"HKU\\other");
+    m_store.SetUser(u"other");
+    EXPECT_TRUE(m_store.DeleteKey(u"HKLM\\SOFTWARE\\T\\d"));
+    EXPECT_EQ(OpenError(path.c_str() + 5), kErrorFileNotFound);
+}
+
+TEST_F(RegistryStoreTest, HostileNames_AreListedAsRecorded) {
+    using namespace std::string_view_literals;
+    const std::u16string longest(16383, u'n');
+    m_store.SetText(Path(u"a\0b"sv), u"v\0w"sv, u"text");
+    m_store.SetText(Path(u"\xDC00x"), longest, u"text");
+    EXPECT_EQ(OpenedKey(m_registry, kHkeyLocalMachine, u"SOFTWARE\\T").Subkeys(),
+              (Names{std::u16string(u"a\0b"sv), u"\xDC00x"}));
+    EXPECT_EQ(OpenError(u"SOFTWARE\\T\\a"), kErrorFileNotFound);
+    const OpenedKey surrogate(m_registry, kHkeyLocalMachine, u"SOFTWARE\\T\\\xDC00X");
+    EXPECT_EQ(surrogate.ValueNames(), Names{longest});
+    EXPECT_EQ(surrogate.Text(longest.c_str()), u"text");
+    KeyInfo info;
+    EXPECT_EQ(m_registry.QueryInfo(surrogate.Get(), info), kErrorSuccess);
+    EXPECT_EQ(info.longestValueName, 16383U);
+    const OpenedKey writable(m_registry, kHkeyLocalMachine, u"SOFTWARE\\T", kKeyReadWrite);
+    EXPECT_EQ(m_registry.SetValue(writable.Get(), (longest + u"n").c_str(), kRegSz, nullptr, 0),
+              kErrorInvalidParameter);
+}
+
+TEST_F(RegistryStoreTest, Paths_AreTakenAsTheKernelTakesThem) {
+    m_store.CreateKey(Path(u"Sub\\Deep"));
+    const struct {
+        const char16_t* path;
+        Win32Error error;
+    } rows[] = {
+        {u"software\\t\\SUB\\deep", kErrorSuccess},
+        {u"SOFTWARE\\T\\Sub\\", kErrorSuccess},
+        {u"SOFTWARE\\T\\\\Sub\\\\Deep", kErrorSuccess},
+        {u"\\SOFTWARE\\T", kErrorBadPathName},
+        {u"SOFTWARE/T", kErrorFileNotFound},
+        {u"SOFTWARE\\T\\Su", kErrorFileNotFound},
+        {u"SOFTWARE\\T\\Sub ", kErrorFileNotFound},
+        {u"", kErrorSuccess},
+        {nullptr, kErrorSuccess},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(OpenError(row.path), row.error) << (row.path != nullptr ? Shown(row.path) : "null");
+    }
+}
+
+TEST_F(RegistryStoreTest, BuffersThatAreTooSmall_AreLeftAloneAndGiveError234) {
+    m_store.SetText(Path(u"Name"), u"Value", u"abc");
+    const OpenedKey parent(m_registry, kHkeyLocalMachine, u"SOFTWARE\\T");
+    const OpenedKey key(m_registry, kHkeyLocalMachine, u"SOFTWARE\\T\\Name");
+    std::array<char16_t, 6> name;
+    for (const std::uint32_t room : {0U, 4U, 5U}) {
+        name.fill(u'#');
+        std::uint32_t length = room;
+        const Win32Error error = m_registry.EnumKey(parent.Get(), 0, name.data(), length);
+        EXPECT_EQ(error, room == 5 ? kErrorSuccess : kErrorMoreData);
+        EXPECT_EQ(name[0], room == 5 ? u'N' : u'#');
+        EXPECT_EQ(length, room == 5 ? 4U : room);
+    }
+    std::uint32_t length = 6;
+    std::uint32_t type = 0;
+    std::array<char, 8> data;
+    for (const std::uint32_t room : {0U, 7U, 8U}) {
+        std::uint32_t size = room;
+        EXPECT_EQ(m_registry.QueryValue(key.Get(), u"value", type, data.data(), size),
+                  room == 8 ? kErrorSuccess : kErrorMoreData);
+        EXPECT_EQ(size, 8U);
+        size = room;
+        length = 6;
+        EXPECT_EQ(m_registry.EnumValue(key.Get(), 0, name.data(), length, type, data.data(), size),
+                  room == 8 ? kErrorSuccess : kErrorMoreData);
+        EXPECT_EQ(size, 8U);
+    }
+    std::uint32_t size = 0;
+    length = 5;
+    EXPECT_EQ(m_registry.EnumValue(key.Get(), 0, name.data(), length, type, nullptr, size), kErrorMoreData);
+    length = 6;
+    EXPECT_EQ(m_registry.EnumValue(key.Get(), 1, name.data(), length, type, nullptr, size), kErrorNoMoreItems);
+    EXPECT_EQ(m_registry.EnumKey(parent.Get(), 1, name.data(), length), kErrorNoMoreItems);
+    EXPECT_EQ(m_registry.QueryValue(key.Get(), nullptr, type, nullptr, size), kErrorFileNotFound);
+}
+
+TEST_F(RegistryStoreTest, OverwrittenValue_KeepsItsPlaceAndTakesTypeAndLengthOfTheNew) {
+    for (const char16_t* name : {u"one", u"two", u"", u"three"}) m_store.SetText(Path(u"V"), name, u"long text");
+    const OpenedKey key(m_registry, kHkeyLocalMachine, u"SOFTWARE\\T\\V", kKeyReadWrite);
+    EXPECT_EQ(m_registry.SetValue(key.Get(), u"TWO", 0xFFFF0007U, "\1\2\3", 3), kErrorSuccess);
+    EXPECT_EQ(m_registry.SetValue(key.Get(), nullptr, kRegNone, nullptr, 0), kErrorSuccess);
+    EXPECT_EQ(m_registry.SetValue(key.Get(), u"x", kRegBinary, nullptr, 1), kErrorInvalidParameter);
+    EXPECT_EQ(key.ValueNames(), (Names{u"one", u"two", u"", u"three"}));
+    EXPECT_EQ(key.Value(u"two"), (std::pair{0xFFFF0007U, std::string("\1\2\3")}));
+    EXPECT_EQ(key.Value(u""), (std::pair{kRegNone, std::string()}));
+    EXPECT_EQ(m_registry.DeleteValue(key.Get(), u"One"), kErrorSuccess);
+    EXPECT_EQ(m_registry.DeleteValue(key.Get(), u"one"), kErrorFileNotFound);
+    EXPECT_EQ(key.ValueNames(), (Names{u"two", u"", u"three"}));
+}
+
+TEST_F(RegistryStoreTest, DeniedAndReadOnlyKeys_GiveError5WhereTheyAreAsked) {
+    m_store.CreateKey(Path(u"Denied\\Below"));
+    m_store.SetAccess(Path(u"Denied"), KeyAccess::Denied);
+    m_store.CreateKey(Path(u"ReadOnly\\Below"));
+    m_store.SetAccess(Path(u"ReadOnly"), KeyAccess::ReadOnly);
+    constexpr std::uint32_t kMaximumAllowed = 0x02000000;
+    const struct {
+        const char16_t* path;
+        std::uint32_t access;
+        Win32Error error;
+    } rows[] = {
+        {u"SOFTWARE\\T\\Denied", kKeyRead, kErrorAccessDenied},
+        {u"SOFTWARE\\T\\Denied", kMaximumAllowed, kErrorAccessDenied},
+        {u"SOFTWARE\\T\\Denied\\Below", kKeyReadWrite, kErrorSuccess},
+        {u"SOFTWARE\\T\\ReadOnly", kKeyRead, kErrorSuccess},
+        {u"SOFTWARE\\T\\ReadOnly", kMaximumAllowed, kErrorSuccess},
+        {u"SOFTWARE\\T\\ReadOnly", kKeyReadWrite, kErrorAccessDenied},
+        {u"SOFTWARE\\T\\ReadOnly", kKeyAllAccess, kErrorAccessDenied},
+        {u"SOFTWARE\\T\\ReadOnly\\Below", kKeyAllAccess, kErrorSuccess},
+        {u"SOFTWARE\\T", kKeyRead | kKeyWow64Key32 | kKeyWow64Key64, kErrorInvalidParameter},
+    };
+    for (const auto& row : rows) EXPECT_EQ(OpenError(row.path, row.access), row.error) << Shown(row.path);
+    KeyHandle made = 0;
+    EXPECT_EQ(m_registry.CreateKey(kHkeyLocalMachine, u"SOFTWARE\\T\\ReadOnly\\New", kKeyAllAccess, made),
+              kErrorAccessDenied);
+    EXPECT_EQ(made, 0U);
+    const OpenedKey reading(m_registry, kHkeyLocalMachine, u"SOFTWARE\\T");
+    EXPECT_EQ(m_registry.SetValue(reading.Get(), u"x", kRegSz, nullptr, 0), kErrorAccessDenied);
+    EXPECT_EQ(m_registry.DeleteValue(reading.Get(), u"x"), kErrorAccessDenied);
+    const OpenedKey writing(m_registry, kHkeyLocalMachine, u"SOFTWARE\\T", kKeySetValue);
+    std::uint32_t type = 0;
+    std::uint32_t size = 0;
+    EXPECT_EQ(m_registry.QueryValue(writing.Get(), u"x", type, nullptr, size), kErrorAccessDenied);
+    EXPECT_EQ(reading.Subkeys(), (Names{u"Denied", u"ReadOnly"}));
+}
+
+TEST_F(RegistryStoreTest, Handles_AreNeverUsedTwiceAndStaleOnesGiveError6) {
+    std::set<KeyHandle> seen;
+    RecordedRegistry other(m_store);
+    KeyInfo info;
+    for (int i = 0; i < 2000; ++i) {
+        for (RecordedRegistry* registry : {&m_registry, &other}) {
+            KeyHandle key = 0;
+            ASSERT_EQ(registry->OpenKey(kHkeyLocalMachine, u"SOFTWARE", kKeyRead, key), kErrorSuccess);
+            EXPECT_TRUE(seen.insert(key).second);
+            registry->CloseKey(key);
+            registry->CloseKey(key);
+            EXPECT_EQ(registry->QueryInfo(key, info), kErrorInvalidHandle);
+        }
+    }
+    const KeyHandle stale = *seen.begin();
+    KeyHandle key = 0;
+    std::uint32_t number = 1;
+    EXPECT_EQ(m_registry.OpenKey(stale, u"T", kKeyRead, key), kErrorInvalidHandle);
+    EXPECT_EQ(m_registry.SetValue(stale, u"x", kRegSz, nullptr, 0), kErrorInvalidHandle);
+    char16_t name[1];
+    for (const KeyHandle bad : {KeyHandle{0}, KeyHandle{1}, KeyHandle{0xFFFFFFFF80000004U}, ~KeyHandle{0}, stale}) {
+        EXPECT_EQ(m_registry.EnumKey(bad, 0, name, number), kErrorInvalidHandle);
+    }
+    m_registry.CloseKey(kHkeyLocalMachine);
+    EXPECT_EQ(m_registry.QueryInfo(kHkeyLocalMachine, info), kErrorSuccess);
+}
+
+TEST_F(RegistryStoreTest, KeyDeletedWhileOpen_GivesError1018) {
+    m_store.SetText(Path(u"Gone\\Below"), u"v", u"text");
+    const OpenedKey gone(m_registry, kHkeyLocalMachine, u"SOFTWARE\\T\\Gone\\Below", kKeyReadWrite);
+    m_store.DeleteKey(Path(u"Gone"));
+    KeyInfo info;
+    EXPECT_EQ(m_registry.QueryInfo(gone.Get(), info), kErrorKeyDeleted);
+    EXPECT_EQ(m_registry.SetValue(gone.Get(), u"v", kRegSz, nullptr, 0), kErrorKeyDeleted);
+    m_store.CreateKey(Path(u"Gone\\Below"));
+    EXPECT_EQ(m_registry.QueryInfo(gone.Get(), info), kErrorKeyDeleted);
+}
+
+TEST_F(RegistryStoreTest, ReadersAndWritersOnSeveralThreads_SeeWholeValuesAlways) {
+    const OpenedKey shared(m_registry, kHkeyLocalMachine, u"SOFTWARE\\T", kKeyReadWrite);
+    const std::string one(40, '1');
+    const std::string two(80, '2');
+    m_registry.SetValue(shared.Get(), u"v", kRegBinary, one.data(), 40);
+    std::atomic<bool> stop = false;
+    std::atomic<int> torn = 0;
+    const auto read = [&] {
+        while (!stop.load()) {
+            const std::string bytes = shared.Value(u"v").second;
+            if (!bytes.empty() && bytes != one && bytes != two) ++torn;
+            const OpenedKey key(m_registry, kHkeyLocalMachine, u"SOFTWARE\\T");
+            for (const std::u16string& name : key.Subkeys()) torn += name.size() != 7 || !name.starts_with(u"Sub1");
+        }
+    };
+    std::thread readers[] = {std::thread(read), std::thread(read)};
+    for (std::size_t i = 0; i < 400; ++i) {
+        const std::string& bytes = i % 2 == 0 ? two : one;
+        m_registry.SetValue(shared.Get(), u"v", kRegBinary, bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+        KeyHandle key = 0;
+        m_registry.CreateKey(shared.Get(), (u"Sub" + Number(1000 + i * 7 % 400)).c_str(), kKeyAllAccess, key);
+        m_registry.CloseKey(key);
+        if (i % 5 == 0) m_store.DeleteKey(Path(u"Sub" + Number(1000 + i)));
+    }
+    stop = true;
+    for (std::thread& reader : readers) reader.join();
+    EXPECT_EQ(torn.load(), 0);
+}
+
+}  // namespace
+
+}  // namespace roundup
