@@ -41,8 +41,13 @@ class ModuleTest : public ::testing::Test {
         setenv("TMPDIR", m_scratch.Path().c_str(), 1);
         for (const char* variable : {"ROUNDUP_MACHINE", "ROUNDUP_HOST", "ROUNDUP_USER"}) unsetenv(variable);
     }
+    void TearDown() override {
+        unsetenv("ROUNDUP_MACHINE");
+        setenv("TMPDIR", m_temp.empty() ? "/tmp" : m_temp.c_str(), 1);
+    }
     GetImpFunction Entry() const { return reinterpret_cast<GetImpFunction>(dlsym(m_module, "GetImp")); }
 
+    const std::string m_temp = getenv("TMPDIR") != nullptr ? getenv("TMPDIR") : "";
     ScratchFolder m_scratch;
     void* m_module = nullptr;
 };
