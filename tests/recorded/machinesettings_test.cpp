@@ -1,0 +1,78 @@
+#include <gtest/gtest.h>
+
+#include "platform/recorded/machinesettings.h"
+
+namespace roundup {
+namespace {
+
+TEST(MachineSettingsText, EverySectionIsRead) {
+    MachineSettings settings;
+    const SourceStatus status = ReadMachineSettings(
+        "\xEF\xBB\xBF; a machine\r\n"
+        "[System]\r\narchitecture=x86\nVersion = 6.1.7601\ncomputer=BOX\nuser=\xC3\x84nne\nprocessors=8\n"
+        "[environment]\nTool=C:\\Tool=1\n"
+        "[folders]\n38=D:\\Programs\n"
+        "[reparse]\nC:\\Mount=D:\\Data\n"
+        "[short]\nC:\\Long Name\\x=C:\\LONGNA~1\\x\n"
+        "[attributes]\nC:\\a=0x22\nC:\\b=406\n"
+        "[groups]\nUsers=BOX\\A; BOX\\B;;\nEmpty=\n"
+        "[accounts]\nMACHINE\\SOFTWARE\\X=Ann\n"
+        "[strings]\n@{p?ms}=Name\n"
+        "[volumes]\nd=FAT\nE:=exFAT\n",
+        "machine.ini", settings);
+    ASSERT_FALSE(status) << status->Text();
+    EXPECT_EQ(settings.architecture, kArchitectureIntel);
+    EXPECT_EQ(settings.version.minor * 10000 + settings.version.build, 17601U);
+    EXPECT_EQ(settings.user, u"\u00C4nne");
+    EXPECT_EQ(settings.processors, 8U);
+    EXPECT_EQ(settings.environment[0].second, u"C:\\Tool=1");
+    EXPECT_EQ(settings.folders[0].first, 38U);
+    EXPECT_EQ(settings.reparse[0].second, u"D:\\Data");
+    EXPECT_EQ(settings.attributes[0].second, 0x22U);
+    EXPECT_EQ(settings.attributes[1].second, 0x406U);
+    EXPECT_EQ(settings.groups[0].second, (std::vector<std::u16string>{u"BOX\\A", u"BOX\\B"}));
+    EXPECT_TRUE(settings.groups[1].second.empty());
+    EXPECT_EQ(settings.accounts[0].first, u"MACHINE\\SOFTWARE\\X");
+    EXPECT_EQ(settings.strings[0].second, u"Name");
+    EXPECT_EQ(settings.volumes[1].first, u'E');
+
+    MachineSettings again;
+    ASSERT_FALSE(ReadMachineSettings(WriteMachineSettings(settings), "written", again));
+    EXPECT_EQ(WriteMachineSettings(again), WriteMachineSettings(settings));
+    EXPECT_EQ(again.shortPaths, settings.shortPaths);
+}
+
+TEST(MachineSettingsText, FaultsTellTheirLine) {
+    struct Case {
+        const char* text;
+        const char* message;
+    };
+    const Case cases[] = {
+        {"a=b\n", "m.ini:1: a key stands in front of the first section"},
+        {"[system]\n\narchitecture=arm\n", "m.ini:3: the architecture is x64 or x86, not \"arm\""},
+        {"[system]\nversion=10.0\n", "m.ini:2: a version is major.minor.build, not \"10.0\""},
+        {"[system]\nversion=10.0.99999999999\n", "m.ini:2: a version is major.minor.build, not \"10.0.99999999999\""},
+        {"[system]\nprocessors=0\n", "m.ini:2: the number of processors is 1 or more, not \"0\""},
+        {"[system]\nuser=..\\x\n", "m.ini:2: \"..\\x\" cannot be the name of a user"},
+        {"[system]\ncolour=red\n", "m.ini:2: the section [system] has no key \"colour\""},
+        {"[sytem]\n", "m.ini:1: there is no section [sytem]"},
+        {"[folders]\n64=C:\\x\n", "m.ini:2: \"64\" is no folder number"},
+        {"[attributes]\nC:\\x=0xg\n", "m.ini:2: \"0xg\" is no hexadecimal number of 32 bits"},
+        {"[attributes]\nC:\\x=123456789\n", "m.ini:2: \"123456789\" is no hexadecimal number of 32 bits"},
+        {"[short]\nC:\\a\\b=C:\\a~1\n", "m.ini:2: a short path has as many parts as the long one"},
+        {"[strings]\nname=x\n", "m.ini:2: an indirect string begins with @"},
+        {"[volumes]\nCD=NTFS\n", "m.ini:2: \"CD\" is no drive letter"},
+        {"[system]\nnothing\n", "m.ini:2: this is neither a section nor a key"},
+        {"[system]\n=x\n", "m.ini:2: a key has no name"},
+        {"[system]\n; \xFF\n", "m.ini:2: this is not UTF-8"},
+    };
+    for (const Case& one : cases) {
+        MachineSettings settings;
+        const SourceStatus status = ReadMachineSettings(one.text, "m.ini", settings);
+        ASSERT_TRUE(status) << one.text;
+        EXPECT_EQ(status->Text(), one.message);
+    }
+}
+
+}  // namespace
+}  // namespace roundup

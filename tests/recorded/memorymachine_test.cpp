@@ -1,0 +1,131 @@
+// What only a machine in memory can have: denied and read-only files, a disk that gets full, real folders, sinks.
+#include "tests/support/faultmachine.h"
+#include "tests/support/machinetest.h"
+#include "tests/support/tempfolder.h"
+
+namespace roundup {
+namespace {
+
+class MemoryMachine : public MachineTest {
+  protected:
+    static Win32Error Open(IFileSystem& files, const char16_t* path, std::uint32_t access) {
+        FileHandle file = kInvalidFile;
+        const Win32Error error = files.Open(path, access, kShareRead, kOpenExisting, file);
+        if (error == kErrorSuccess) files.Close(file);
+        return error;
+    }
+};
+
+TEST_F(MemoryMachine, DeniedAndReadOnlyFiles_AnswerError5) {
+    builder.File(u"C:\\denied.txt", "x").File(u"C:\\fixed.txt", "x").Folder(u"C:\\closed");
+    builder.DenyFile(u"C:\\denied.txt").ReadOnlyFile(u"C:\\fixed.txt").DenyFile(u"C:\\closed");
+    IFileSystem& files = Start().Files();
+    EXPECT_EQ(files.GetAttributes(u"C:\\denied.txt"), 0x20U);
+    EXPECT_EQ(files.GetAttributes(u"C:\\fixed.txt"), 0x21U);
+    EXPECT_EQ(Open(files, u"C:\\denied.txt", kGenericRead), kErrorAccessDenied);
+    EXPECT_EQ(Open(files, u"C:\\fixed.txt", kGenericRead), kErrorSuccess);
+    EXPECT_EQ(Open(files, u"C:\\fixed.txt", kGenericWrite), kErrorAccessDenied);
+    EXPECT_EQ(files.Delete(u"C:\\fixed.txt"), kErrorAccessDenied);
+    EXPECT_EQ(files.Delete(u"C:\\denied.txt"), kErrorAccessDenied);
+    FindHandle find = kInvalidFile;
+    FindData data;
+    EXPECT_EQ(files.FindFirst(u"C:\\closed\\*", find, data), kErrorAccessDenied);
+}
+
+TEST_F(MemoryMachine, FullDisk_FailsWritesToDrivesAndRealFolders) {
+    const TempFolder folder;
+    builder.RealTempFolder(folder.Text()).WriteLimit(10);
+    IFileSystem& files = Start().Files();
+    for (const char16_t* path : {u"C:\\a", u"C:\\Users\\User\\AppData\\Local\\Temp\\b"}) {
+        FileHandle file = kInvalidFile;
+        std::uint32_t done = 0;
+        ASSERT_EQ(files.Open(path, kGenericWrite, 0, kCreateNew, file), kErrorSuccess);
+        EXPECT_EQ(files.Write(file, "12345", 5, done), kErrorSuccess);
+        EXPECT_EQ(files.Write(file, "123456", 6, done), kErrorDiskFull);
+        EXPECT_EQ(done, 0U);
+        files.Close(file);
+    }
+    EXPECT_EQ(folder.Read("b"), "12345");
+}
+
+TEST_F(MemoryMachine, DebugText_GoesToTheSink) {
+    std::vector<std::u16string> lines;
+    builder.DebugText(lines);
+    Start().System().WriteDebugText(u"said");
+    EXPECT_EQ(lines, std::vector<std::u16string>{u"said"});
+}
+
+TEST_F(MemoryMachine, GroupsAndAccounts_AreThoseOfTheSettings) {
+    builder.Group(u"Administrators", {u"BOX\\Ann", u"BOX\\Bob"}).Group(u"Guests", {});
+    builder.File(u"C:\\Data\\base.mdf").Accounts(u"C:\\Data\\base.mdf", {u"Ann", u"SYSTEM"});
+    ISecurity& security = Start().Security();
+    std::vector<std::u16string> names;
+    EXPECT_EQ(security.GetLocalGroups(names), kErrorSuccess);
+    EXPECT_EQ(names, (std::vector<std::u16string>{u"Administrators", u"Guests"}));
+    EXPECT_EQ(security.GetGroupMembers(u"administrators", names), kErrorSuccess);
+    EXPECT_EQ(names, (std::vector<std::u16string>{u"BOX\\Ann", u"BOX\\Bob"}));
+    EXPECT_EQ(security.GetGroupMembers(u"absent", names), 1376U);
+    EXPECT_EQ(security.GetFileAccounts(u"c:/data/BASE.mdf", names), kErrorSuccess);
+    EXPECT_EQ(names, (std::vector<std::u16string>{u"Ann", u"SYSTEM"}));
+    EXPECT_EQ(security.GetFileAccounts(u"C:\\Data", names), kErrorSuccess);
+    EXPECT_TRUE(names.empty());
+    EXPECT_EQ(security.GetFileAccounts(u"C:\\none", names), kErrorFileNotFound);
+}
+
+TEST_F(MemoryMachine, PathMasks_BecomeTheFirstExistingPath) {
+    builder.File(u"C:\\App\\v1\\old.txt").File(u"C:\\App\\v2\\bin\\tool.exe").File(u"C:\\App\\v3\\bin\\tool.exe");
+    builder.File(u"C:\\App\\v0", "a file, no folder");
+    const std::pair<const char16_t*, const char16_t*> cases[] = {
+        {u"C:\\App\\v*\\bin\\tool.exe", u"C:\\App\\v2\\bin\\tool.exe"},
+        {u"C:\\App\\v?\\*.txt", u"C:\\App\\v1\\old.txt"},
+        {u"C:\\App\\*", u"C:\\App\\v0"},
+        {u"C:\\App\\v3\\bin\\tool.exe", u"C:\\App\\v3\\bin\\tool.exe"},
+        {u"C:\\App\\*\\none", u""},
+        {u"C:\\*\\*\\*\\*", u"C:\\App\\v2\\bin\\tool.exe"},
+    };
+    IClosedLibraries& libraries = Start().ClosedLibraries();
+    for (const auto& [mask, path] : cases) {
+        std::u16string expanded = u"left over";
+        EXPECT_EQ(libraries.ExpandPathMask(mask, expanded, 1), *path != u'\0');
+        EXPECT_EQ(expanded, path);
+    }
+}
+
+TEST_F(MemoryMachine, FileObject_ServesOneFileAtATime) {
+    builder.File(u"C:\\one", "first").File(u"C:\\two", "second");
+    Machine& machine = Start();
+    IProbeIO* object = machine.ClosedLibraries().GetProbeIO();
+    ASSERT_NE(object, nullptr);
+    char bytes[10] = {};
+    std::uint32_t done = 0;
+    EXPECT_EQ(object->Open(u"C:\\none", kGenericRead, kShareRead, kOpenExisting), -1);
+    EXPECT_NE(object->Read(0, bytes, 10, &done), 0);
+    EXPECT_NE(object->Open(u"C:\\one", kGenericRead, 0, kOpenExisting), -1);
+    EXPECT_NE(object->Open(u"C:\\two", kGenericRead, 0, kOpenExisting), -1);
+    EXPECT_EQ(object->Read(0, bytes, 10, &done), 0);
+    EXPECT_EQ(std::string(bytes, done), "second");
+    EXPECT_EQ(machine.Files().Delete(u"C:\\one"), kErrorSuccess);
+    EXPECT_EQ(machine.Files().Delete(u"C:\\two"), kErrorSharingViolation);
+    EXPECT_EQ(object->Release(), 0U);
+    EXPECT_EQ(machine.Files().Delete(u"C:\\two"), kErrorSuccess);
+}
+
+TEST_F(MemoryMachine, InjectedFailure_HitsTheNthOperationOfItsAreaAlone) {
+    builder.File(u"C:\\one", "x");
+    FaultInjectingMachine machine(builder.Build());
+    machine.FailOperation(Area::Files, 2, kErrorReadFault);
+    FileInfo info;
+    char16_t path[260];
+    EXPECT_TRUE(machine.Shell().GetFolderPath(36, path));
+    EXPECT_EQ(machine.Files().GetInfo(u"C:\\one", info), kErrorSuccess);
+    EXPECT_FALSE(machine.HasFired());
+    EXPECT_EQ(machine.Files().GetAttributes(u"C:\\one"), kInvalidAttributes);
+    EXPECT_EQ(machine.System().GetLastFailure(), kErrorReadFault);
+    EXPECT_TRUE(machine.HasFired());
+    EXPECT_EQ(machine.Files().GetInfo(u"C:\\one", info), kErrorSuccess);
+    EXPECT_EQ(machine.OperationsOf(Area::Files), 3U);
+    EXPECT_EQ(machine.OperationsOf(Area::Shell), 1U);
+}
+
+}  // namespace
+}  // namespace roundup
