@@ -79,6 +79,8 @@ class ISystem {
     virtual Win32Error GetLastFailure() = 0;
     // OutputDebugStringW.
     virtual void WriteDebugText(const char16_t* text) = 0;
+    // Writes to the standard output of the process, in the character type of the environment's locale.
+    virtual void WriteOutput(const char16_t* text) = 0;
     // CoCreateGuid, in memory order.
     virtual bool CreateGuid(std::uint8_t (&guid)[16]) = 0;
 

@@ -11,6 +11,7 @@
 #include "platform/machine.h"
 #include "platform/recorded/openmachine.h"
 #include "utility/boundary.h"
+#include "utility/utf.h"
 
 namespace roundup {
 namespace {
@@ -28,6 +29,10 @@ class EnvironmentMachine {
         options.hostFolder = Variable("ROUNDUP_HOST");
         options.user = Variable("ROUNDUP_USER");
         if (options.folder.empty()) return false;
+        options.output = [](std::u16string_view text) {
+            const std::string bytes = ToUtf8(text);
+            std::fwrite(bytes.data(), 1, bytes.size(), stdout);
+        };
         SourceError error;
         m_machine = OpenRecordedMachine(options, error);
         if (m_machine == nullptr) {

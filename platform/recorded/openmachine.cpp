@@ -35,6 +35,7 @@ SourceStatus OpenProcessFolders(const OpenOptions& options, MachineParts& parts)
     std::string name = program.substr(cut == std::string::npos ? 0 : cut + 1);
     if (const std::size_t dot = name.rfind('.'); dot != std::string::npos && dot != 0) name.resize(dot);
     if (!name.empty()) parts.programName = FromUtf8(name);
+    parts.sinks = {options.debug, options.output};
 
     if (SourceStatus status =
             OpenFolder(HostTempFolder(), "the folder for temporary files cannot be opened", parts.tempFolder)) {

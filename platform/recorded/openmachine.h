@@ -1,8 +1,10 @@
 // Opens a machine that is not live from a folder of this computer.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "platform/machine.h"
 #include "platform/recorded/sourceerror.h"
@@ -17,6 +19,10 @@ struct OpenOptions {
     std::string hostFolder;
     // The user whose HKEY_CURRENT_USER and folders the machine shows; empty: the only one there is.
     std::string user;
+    // Receive what the module writes as debug text, and what it writes to the standard output of the process. Without
+    // them that is dropped. Called by one thread at a time.
+    std::function<void(std::u16string_view)> debug;
+    std::function<void(std::u16string_view)> output;
 };
 
 // The kind of the source is recognised from the folder: a recorded folder has machine.ini, a Wine prefix system.reg

@@ -23,7 +23,7 @@ RecordedMachine::RecordedMachine(MachineParts parts)
       m_shell(m_settings, m_folders, m_hostExecutable, m_files, m_registry),
       m_security(m_settings, m_files, nullptr),
       m_system(m_settings, m_environment,
-               {m_folders.Path(kWindowsFolder), m_folders.TempFolder(), m_hostExecutable}, std::move(parts.debug)),
+               {m_folders.Path(kWindowsFolder), m_folders.TempFolder(), m_hostExecutable}, std::move(parts.sinks)),
       m_closedLibraries(m_files) {
     if (parts.writeLimit) m_budget.Limit(*parts.writeLimit);
     SetUpDrives(parts);

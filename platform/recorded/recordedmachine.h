@@ -44,7 +44,7 @@ struct MachineParts {
     bool registryEnvironment = false;
     std::vector<std::u16string> deniedFiles;
     std::optional<std::uint64_t> writeLimit;
-    DebugSink debug;
+    TextSinks sinks;
 };
 
 // The folder of the machine in which the host's program is, with "Config" and "cache" below it.

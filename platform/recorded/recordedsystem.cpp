@@ -18,8 +18,8 @@ constexpr std::uint32_t kFreeBuild = 0xF0000000U;   // flags that the kernel put
 }  // namespace
 
 RecordedSystem::RecordedSystem(const MachineSettings& settings, const Environment& environment, ProcessPlaces places,
-                               DebugSink debug)
-    : m_settings(settings), m_environment(environment), m_places(std::move(places)), m_debug(std::move(debug)) {}
+                               TextSinks sinks)
+    : m_settings(settings), m_environment(environment), m_places(std::move(places)), m_sinks(std::move(sinks)) {}
 
 bool RecordedSystem::GetVersion(OsVersionInfo& version) {
     // The shorter form of the record ends behind the text of the service pack.
@@ -88,10 +88,10 @@ std::uint32_t RecordedSystem::GetThreadNumber() { return HostThreadNumber(); }
 
 Win32Error RecordedSystem::GetLastFailure() { return LastFailure(); }
 
-void RecordedSystem::WriteDebugText(const char16_t* text) {
-    if (!m_debug) return;
-    const std::lock_guard guard(m_debugLock);
-    m_debug(text);
+void RecordedSystem::Write(const TextSink& sink, const char16_t* text) {
+    if (!sink || text == nullptr) return;
+    const std::lock_guard guard(m_sinkLock);
+    sink(text);
 }
 
 bool RecordedSystem::CreateGuid(std::uint8_t (&guid)[16]) {

@@ -21,13 +21,17 @@ struct ProcessPlaces {
     std::u16string hostExecutable;
 };
 
-// Receives what is written as debug text, one call at a time.
-using DebugSink = std::function<void(std::u16string_view)>;
+// Receives what is written as debug text or to the standard output, one call at a time.
+using TextSink = std::function<void(std::u16string_view)>;
+struct TextSinks {
+    TextSink debug;
+    TextSink output;
+};
 
 class RecordedSystem final : public ISystem {
   public:
     RecordedSystem(const MachineSettings& settings, const Environment& environment, ProcessPlaces places,
-                   DebugSink debug);
+                   TextSinks sinks);
 
     std::uint16_t GetNativeArchitecture() override { return m_settings.architecture; }
     std::uint32_t GetProcessorCount() override { return m_settings.processors; }
@@ -43,7 +47,8 @@ class RecordedSystem final : public ISystem {
     LocalTime GetTime() override;
     std::uint32_t GetThreadNumber() override;
     Win32Error GetLastFailure() override;
-    void WriteDebugText(const char16_t* text) override;
+    void WriteDebugText(const char16_t* text) override { Write(m_sinks.debug, text); }
+    void WriteOutput(const char16_t* text) override { Write(m_sinks.output, text); }
     bool CreateGuid(std::uint8_t (&guid)[16]) override;
     MutexHandle OpenMutex(const char16_t* name, bool initialOwner) override;
     bool LockMutex(MutexHandle mutex, std::uint32_t milliseconds) override;
@@ -51,11 +56,13 @@ class RecordedSystem final : public ISystem {
     void CloseMutex(MutexHandle mutex) override;
 
   private:
+    void Write(const TextSink& sink, const char16_t* text);
+
     const MachineSettings& m_settings;
     const Environment& m_environment;
     const ProcessPlaces m_places;
-    const DebugSink m_debug;
-    std::mutex m_debugLock;
+    const TextSinks m_sinks;
+    std::mutex m_sinkLock;
     HandleTable<NamedMutex> m_mutexes;
 };
 

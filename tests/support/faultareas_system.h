@@ -53,6 +53,7 @@ class System final : public Area<ISystem> {
     std::uint32_t GetThreadNumber() override { return inner.GetThreadNumber(); }
     Win32Error GetLastFailure() override { return inner.GetLastFailure(); }
     void WriteDebugText(const char16_t* text) override { inner.WriteDebugText(text); }
+    void WriteOutput(const char16_t* text) override { inner.WriteOutput(text); }
 
     bool GetVersion(OsVersionInfo& version) override { return gate.Next() == 0 && inner.GetVersion(version); }
     bool GetNtVersionNumbers(std::uint32_t& major, std::uint32_t& minor, std::uint32_t& build) override {

@@ -241,7 +241,7 @@ std::unique_ptr<Machine> MachineBuilder::Build() const {
     parts.deniedFiles = m_memoryOnly.deniedFiles;
     parts.writeLimit = m_memoryOnly.writeLimit;
     if (m_memoryOnly.debugText != nullptr) {
-        parts.debug = [lines = m_memoryOnly.debugText](std::u16string_view text) { lines->emplace_back(text); };
+        parts.sinks.debug = [lines = m_memoryOnly.debugText](std::u16string_view text) { lines->emplace_back(text); };
     }
     return std::make_unique<RecordedMachine>(std::move(parts));
 }
