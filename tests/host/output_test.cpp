@@ -41,7 +41,7 @@ TEST(TextOut, Fit_CountsColumnsNotBytesAndNeverCutsACharacter) {
     EXPECT_EQ(Fit(wide, 6), wide);
     EXPECT_EQ(Fit(wide, 5), "日本…");
     EXPECT_EQ(Fit(wide, 4), "日… ");
-    EXPECT_EQ(Fit("e\xCC\x81t\xC3\xA9", 4, true), "  e\xCC\x81t\xC3\xA9");
+    EXPECT_EQ(Fit("e\xCC\x81t\xC3\xA9", 5, true), "  e\xCC\x81t\xC3\xA9");
     EXPECT_EQ(Fit("ab", 0), "");
 }
 
