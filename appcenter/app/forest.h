@@ -1,7 +1,8 @@
 // The walk over an application and what lies below it.
 #pragma once
 
-#include <ranges>
+#include <algorithm>
+#include <cstddef>
 #include <vector>
 
 #include "appcenter/app/app.h"
@@ -16,9 +17,11 @@ bool AnyInForest(CApp& root, Own own, Other other) {
     if (own(root)) return true;
     std::vector<IApp*> open;
     const auto openBelow = [&open](const CApp& app) {
-        for (const RefPtr<IApp>& sub : std::views::reverse(app.SubApps)) {
+        const auto former = static_cast<std::ptrdiff_t>(open.size());
+        for (const RefPtr<IApp>& sub : app.SubApps) {
             if (sub) open.push_back(sub.Get());
         }
+        std::reverse(open.begin() + former, open.end());
     };
     openBelow(root);
     while (!open.empty()) {

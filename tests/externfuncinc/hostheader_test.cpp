@@ -1,6 +1,8 @@
 // Compiled as a host compiles: with the public header alone, which must bring all that it needs.
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <string>
 #include <type_traits>
 
 #include "externfuncinc/roundup.h"
@@ -18,6 +20,19 @@ TEST(HostHeader, ReservedWord_FollowsTheRecordWithoutAGap) {
     EXPECT_EQ(start[3137], 1);
     EXPECT_EQ(start[3140], 4);
     EXPECT_EQ(record.bFramework, 0);
+}
+
+// A host gets these two headers and no others.
+TEST(HostHeader, PublicHeaders_IncludeNothingElseOfTheTree) {
+    for (const char* header : {"/externfuncinc/roundup.h", "/utility/ikvobject.h"}) {
+        std::ifstream file(std::string(ROUNDUP_SOURCE_DIR) + header);
+        int lines = 0;
+        for (std::string line; std::getline(file, line); ++lines) {
+            if (line.rfind("#include \"", 0) != 0) continue;
+            EXPECT_EQ(line, "#include \"utility/ikvobject.h\"") << header;
+        }
+        EXPECT_GT(lines, 10) << header;
+    }
 }
 
 }  // namespace
