@@ -13,7 +13,6 @@ namespace roundup {
 namespace {
 
 constexpr std::size_t kPathSize = 520;
-constexpr std::size_t kLongestPath = 32767;
 
 constexpr bool IsSeparator(char16_t c) noexcept { return c == u'\\' || c == u'/'; }
 
@@ -38,7 +37,9 @@ CommandPaths::CommandPaths(const char16_t* commandLine) {
 }
 
 bool CommandPaths::Try(const char16_t* candidate) {
-    if (!IsFilePath(candidate)) return false;
+    // A longer text has no long path that fits, and a hostile line brings thousands of them.
+    if (candidate == nullptr || std::u16string_view(candidate).size() >= kPathSize || !IsFilePath(candidate))
+        return false;
     char16_t longPath[kPathSize];
     GetLongPath(candidate, longPath, kPathSize);
     std::u16string_view name = longPath;
@@ -82,8 +83,8 @@ bool CommandPaths::TryWithoutSwitches(std::u16string_view commandLine) {
         const std::size_t slash = text.View().rfind(u'/');
         if (slash == std::u16string_view::npos) return false;
         text.Truncate(text.View().substr(0, slash).find_last_not_of(u' ') + 1);
-        // A longer text is no path, and asking for each of its cuts would never end on a hostile one.
-        if (text.Length() <= kLongestPath && Try(text.Get())) return true;
+        // Try measures its text, which for each cut of a very long one would take too long.
+        if (text.Length() < kPathSize && Try(text.Get())) return true;
     }
 }
 

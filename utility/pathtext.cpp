@@ -14,6 +14,9 @@ namespace {
 constexpr std::size_t kPathSize = 520;
 // No path of the platform is longer, so a longer text need not be asked for.
 constexpr std::size_t kLongestPath = 32767;
+// A text that is longer than the paths of the system is asked for so many times: a hostile one brings thousands of
+// cuts, each of which costs a walk over all of it.
+constexpr int kLongTries = 16;
 
 // Takes a quoted text out of its quotes, together with whatever stands behind them; answers the length.
 std::size_t Unquote(char16_t* text) {
@@ -42,10 +45,12 @@ std::size_t CutSwitch(char16_t* text, std::size_t slash) {
 }
 
 std::size_t DropSwitches(char16_t* text, std::size_t length) {
+    int longTries = kLongTries;
     for (;;) {
         const std::size_t slash = std::u16string_view(text, length).rfind(u'/');
         if (slash == std::u16string_view::npos) return length;
-        if (length > kLongestPath || !PathExists(text)) {
+        const bool asks = length < kPathSize || (length <= kLongestPath && longTries-- > 0);
+        if (!asks || !PathExists(text)) {
             length = CutSwitch(text, slash);
             continue;
         }
@@ -62,6 +67,7 @@ using PathForm = std::uint32_t (IFileSystem::*)(const char16_t*, char16_t*, std:
 void GetPathForm(PathForm form, const char16_t* source, char16_t* target, std::size_t size) {
     if (size == 0) return;
     target[0] = u'\0';
+    if (source == nullptr) return;
     const std::uint32_t length = (CurrentMachine().Files().*form)(source, target, SeamSize(size));
     if (length != 0 && length < size && target[0] != u'\0') return;
     const std::u16string_view text = source;
@@ -111,6 +117,7 @@ void ExpandPath(OwnedString& path) {
 void ExpandEnvText(const char16_t* source, char16_t* target, std::size_t size) {
     if (size == 0) return;
     target[0] = u'\0';
+    if (source == nullptr) return;
     const std::uint32_t needed = CurrentMachine().System().ExpandEnvironment(source, target, SeamSize(size));
     if (needed == 0 || needed > size || target[0] == u'\0') CopyBounded(target, source, size);
 }

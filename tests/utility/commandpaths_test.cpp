@@ -58,6 +58,9 @@ TEST_F(CommandPathsTest, HostileLengths_EndWithoutAPath) {
         EXPECT_EQ(CommandPaths(std::u16string(length, u'/').c_str()).First(), nullptr);
         const std::u16string switches = u"C:\\Tool\\uninst.exe " + std::u16string(length, u'/');
         EXPECT_NE(CommandPaths(switches.c_str()).First(), nullptr);
+        std::u16string many = u"C:\\None\\uninst.exe";
+        while (many.size() < length) many += u" /x";
+        EXPECT_EQ(CommandPaths(many.c_str()).First(), nullptr);
     }
 }
 

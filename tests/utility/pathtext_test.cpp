@@ -56,6 +56,12 @@ TEST_F(PathTextTest, CleanPath_EndsOnHostileTexts) {
         CleanPath(plain);
         EXPECT_EQ(plain.View(), path);
     }
+    // Thousands of cuts: the one that exists is still found, and soon.
+    std::u16string cuts = u"C:\\Windows";
+    while (cuts.size() < 32767) cuts += u"/x ";
+    OwnedString windows(cuts);
+    CleanPath(windows);
+    EXPECT_EQ(windows.View(), u"C:\\Windows");
 }
 
 TEST_F(PathTextTest, ExpandPath_GivesTheLongFormOrLeavesTheString) {
