@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "platform/machine.h"
+#include "utility/boundary.h"
 
 namespace roundup {
 
@@ -55,12 +56,12 @@ bool CKvdThread::Start() {
     try {
         m_state = std::make_shared<State>();
         m_thread = std::thread([runnable = m_runnable, state = m_state] {
-            try {
+            const auto run = [&] {
                 if (HasCurrentMachine()) state->threadId = CurrentMachine().System().GetThreadNumber();
                 state->exitCode = runnable->Run();
-            } catch (...) {
-                // Nothing may leave a thread. The exit code says that Run did not return.
-            }
+            };
+            // The exit code keeps saying that Run did not return.
+            AtBoundary(run, [] {});
             state->threadId = 0;
             state->SetEnded();
         });

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "platform/machine.h"
+#include "utility/boundary.h"
 #include "utility/fixedtext.h"
 #include "utility/locks.h"
 #include "utility/ownedstring.h"
@@ -179,11 +180,8 @@ void log_detail::NameFile(std::u16string_view folder, std::u16string_view execut
 
 void log_detail::WriteLine(std::u16string_view format, const Argument* list, std::size_t count) noexcept {
     if (!HasCurrentMachine()) return;
-    try {
-        ProcessWide<LogFile>().WriteLine(format, list, count);
-    } catch (const std::bad_alloc&) {
-        // Memory for the log's own state is short: the line is dropped, as one that could not be had.
-    }
+    // Memory for the log's own state may be short too: the line is dropped, as one that could not be had.
+    AtBoundary([&] { ProcessWide<LogFile>().WriteLine(format, list, count); }, [] {});
 }
 
 }  // namespace roundup
