@@ -5,12 +5,16 @@ namespace roundup {
 
 ResultCode CWFYRegKey::EnumValueView(RegValueView& value) {
     if (m_valueIndex >= m_valueCount) return FailQuiet(SmallCode::NoMoreItems);
+    // A read that fails leaves an empty view: what the last one showed is overwritten.
+    value.m_data = {};
+    value.m_nameLength = 0;
+    std::uint32_t length = RegValueView::kNameSize;
     std::uint32_t size = m_bufferSize;
-    value.m_nameLength = RegValueView::kNameSize;
-    const Win32Error error = CurrentMachine().Registry().EnumValue(m_key, m_valueIndex++, value.m_name,
-                                                                   value.m_nameLength, value.m_type, m_buffer, size);
+    const Win32Error error = CurrentMachine().Registry().EnumValue(m_key, m_valueIndex++, value.m_name, length,
+                                                                   value.m_type, m_buffer, size);
     if (error != kErrorSuccess) return FailWin32Quiet(error);
     EndText(size);
+    value.m_nameLength = length;
     value.m_data = Bytes(size);
     return kSuccess;
 }
