@@ -54,7 +54,7 @@ Win32Error MemoryFile::WriteAt(std::uint64_t position, const void* buffer, std::
     if (size == 0) return kErrorSuccess;
     if (position > kLargestFile - size || !m_budget.Take(size)) return kErrorDiskFull;
     const std::lock_guard guard(m_lock);
-    if (position + size > m_bytes.size()) m_bytes.resize(position + size);
+    if (position + size > m_bytes.size()) m_bytes.resize(static_cast<std::size_t>(position + size));
     std::memcpy(m_bytes.data() + position, buffer, size);
     m_size = m_bytes.size();
     done = size;
@@ -64,7 +64,7 @@ Win32Error MemoryFile::WriteAt(std::uint64_t position, const void* buffer, std::
 Win32Error MemoryFile::SetSize(std::uint64_t size) {
     if (size > kLargestFile) return kErrorDiskFull;
     const std::lock_guard guard(m_lock);
-    m_bytes.resize(size);
+    m_bytes.resize(static_cast<std::size_t>(size));
     m_size = size;
     return kErrorSuccess;
 }

@@ -39,7 +39,7 @@ std::string ReadLog() {
     const FileHandle file = OpenLog(kGenericRead);
     std::uint64_t size = 0;
     EXPECT_EQ(files.GetSize(file, size), 0U);
-    std::string bytes(size, '\0');
+    std::string bytes(static_cast<std::size_t>(size), '\0');
     std::uint32_t done = 0;
     EXPECT_EQ(files.Read(file, bytes.data(), static_cast<std::uint32_t>(size), done), 0U);
     files.Close(file);
