@@ -13,7 +13,8 @@ namespace roundup {
 
 // Cleans a path in place; answers its new length. A quoted text is cut behind the closing quote; doubled backslashes
 // become one; a "/" separates like "\" when the text exists as a path, else it begins a command-line switch, which
-// goes with the blanks in front of it; one trailing backslash goes. Asks the machine only when there is a "/".
+// goes with the blanks in front of it; one trailing backslash goes. Asks the machine only when there is a "/", and 16
+// times at most about forms of 520 or more characters, which then count as absent.
 std::size_t CleanPath(char16_t* text);
 void CleanPath(OwnedString& text);
 template <std::size_t N>
