@@ -1,0 +1,173 @@
+// A whole load: progress, cancel, order, and what each source adds.
+#include <gtest/gtest.h>
+
+#include "tests/appcenter/catalogue_support.h"
+#include "utility/formattext.h"
+
+namespace roundup {
+namespace {
+
+using Percents = std::vector<std::uint32_t>;
+using Texts = std::vector<std::string>;
+
+const Percents kPercents64{10, 20, 40, 50, 60, 70, 80, 90, 95};
+const Percents kPercents32{10, 30, 50, 70, 80, 90, 95};
+
+class LoadTest : public CatalogueTest {
+  protected:
+    void AddEntries() {
+        Entry(kMachineKey, u"m64");
+        Entry(kMachine32Key, u"m32");
+        Entry(kUserKey, u"user");
+    }
+};
+
+TEST_F(LoadTest, EveryPercent_IsToldInOrderAndCancelsThere) {
+    for (const std::uint16_t architecture : {kArchitectureAmd64, kArchitectureIntel}) {
+        const Percents& all = architecture == kArchitectureAmd64 ? kPercents64 : kPercents32;
+        builder = MachineBuilder();
+        builder.Architecture(architecture);
+        AddEntries();
+        Start();
+        const auto manager = RefPtr<CAppManager>::Adopt(new CAppManager);
+        LoadRun run;
+        EXPECT_TRUE(Succeeded(run.Load(*manager)));
+        EXPECT_EQ(run.percents, all);
+        const std::uint32_t loaded = manager->GetCount();
+        EXPECT_GT(loaded, 0U);
+        for (std::size_t i = 0; i < all.size(); ++i) {
+            run.cancelAt = all[i];
+            EXPECT_EQ(Small(run.Load(*manager)), SmallCode::Cancelled);
+            EXPECT_EQ(run.percents, Percents(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(i) + 1));
+            EXPECT_EQ(manager->GetCount(), all[i] < 80 ? 0 : loaded) << "cancelled at " << all[i];
+            EXPECT_EQ(manager->IsContinue(), 1) << "cancel leaves the go-on flag";
+        }
+    }
+}
+
+// The 32-bit sources stand before the 64-bit ones, and both views of the user's key show the same entries.
+TEST_F(LoadTest, Sources_JoinInTheOrderOfTheTableWithTheirFlags) {
+    AddEntries();
+    Entry(kMachineKey, u"a");
+    EXPECT_EQ(Keys(Load().Applications()), (Texts{"m32/0", "user/100", "a/201", "m64/201", "user/301"}));
+    builder.Architecture(kArchitectureIntel);
+    EXPECT_EQ(Keys(Load().Applications()), (Texts{"a/0", "m64/0", "user/100"})) << "one view";
+}
+
+TEST_F(LoadTest, Result_IsTheSameWithEveryNumberOfProcessors) {
+    for (int i = 0; i < 60; ++i) {
+        const std::u16string name = FormatText(u"entry%d", i);
+        Entry(i % 3 == 0 ? kMachineKey : i % 3 == 1 ? kMachine32Key : kUserKey, name);
+    }
+    const Texts expected = Keys(Load().Applications());
+    ASSERT_EQ(expected.size(), 80U);
+    for (const std::uint32_t processors : {1U, 2U, 64U, 0xFFFFFFFFU}) {
+        builder.Processors(processors);
+        for (int run = 0; run < 5; ++run) EXPECT_EQ(Keys(Load().Applications()), expected) << processors;
+    }
+}
+
+TEST_F(LoadTest, Subkeys_ListByFoldedName) {
+    for (const auto* name : {u"b", u"_", u"A", u"a1", u"Z"}) Entry(kMachineKey, name);
+    EXPECT_EQ(Keys(Load().Applications()), (Texts{"A/201", "a1/201", "b/201", "Z/201", "_/201"}));
+}
+
+TEST_F(LoadTest, DeniedUninstallKey_AddsNothingAndLoadGoesOn) {
+    AddEntries();
+    builder.DenyKey(kMachineKey.substr(0, kMachineKey.size() - 1));
+    EXPECT_EQ(Keys(Load().Applications()), (Texts{"m32/0", "user/100", "user/301"}));
+}
+
+TEST_F(LoadTest, DeniedEntry_EndsItsSourceAndKeepsWhatWasFound) {
+    AddEntries();
+    for (const auto* name : {u"a", u"b", u"c"}) Entry(kMachineKey, name);
+    builder.DenyKey(Under(kMachineKey, u"b"));
+    EXPECT_EQ(Keys(Load().Applications()), (Texts{"m32/0", "user/100", "a/201", "user/301"}));
+}
+
+TEST_F(LoadTest, ReadOnlyEntries_AreReadAllTheSame) {
+    Entry(kMachineKey, u"a");
+    builder.ReadOnlyKey(Under(kMachineKey, u"a")).ReadOnlyKey(kMachineKey.substr(0, kMachineKey.size() - 1));
+    EXPECT_EQ(Keys(Load().Applications()), (Texts{"a/201"}));
+}
+
+// A name that is longer than any fixed buffer, one that is no valid text, and one that no zero-terminated path
+// reaches: the last cannot be opened and ends its source.
+TEST_F(LoadTest, OddKeyNames_AreTakenWholeOrEndTheirSource) {
+    const std::u16string longName(255, u'l');
+    Entry(kMachineKey, u"a");
+    Entry(kMachineKey, longName);
+    Entry(kMachineKey, u"x\xD800");
+    EXPECT_EQ(Load().GetCount(), 3U);
+    EXPECT_EQ(AppAt(Load(), 1).pwszKeyString.View(), longName);
+    EXPECT_EQ(AppAt(Load(), 2).pwszKeyString.View(), u"x\xD800");
+    Entry(kMachineKey, std::u16string_view(u"b\0c", 3));
+    EXPECT_EQ(Keys(Load().Applications()), (Texts{"a/201"}));
+}
+
+TEST_F(LoadTest, EntryWithoutName_IsPruned) {
+    builder.Text(Under(kMachineKey, u"nameless"), u"Publisher", u"Otter Works");
+    builder.Text(Under(kMachineKey, u"empty"), u"DisplayName", u"");
+    Entry(kMachineKey, u"whole");
+    EXPECT_EQ(Keys(Load().Applications()), (Texts{"whole/201"}));
+}
+
+TEST_F(LoadTest, OverlongName_IsCutInTheRecordAlone) {
+    builder.Text(Under(kMachineKey, u"a"), u"DisplayName", std::u16string(258, u'n') + u"\xD83D\xDE00" + u"tail");
+    const CApp& app = AppAt(Load(), 0);
+    EXPECT_EQ(app.pwszName.Length(), 264U);
+    const auto record = std::make_unique<AppRecordEx>();
+    app.FillAppInfo(*record);
+    EXPECT_EQ(std::u16string_view(record->wzName), std::u16string(258, u'n')) << "never half a surrogate pair";
+}
+
+TEST_F(LoadTest, SecondLoad_ReleasesTheFormerObjectsAndStartsAnew) {
+    Entry(kMachineKey, u"a");
+    CAppManager& manager = Load();
+    IApp* held = nullptr;
+    ASSERT_TRUE(Succeeded(manager.GetApp(&held, 0)));
+    LoadRun run;
+    run.cancelAt = 10;
+    EXPECT_EQ(Small(run.Load(manager)), SmallCode::Cancelled);
+    EXPECT_EQ(manager.GetCount(), 0U);
+    EXPECT_EQ(std::u16string_view(held->GetName()), u"a") << "an object handed out stays";
+    EXPECT_EQ(held->Release(), 0U);
+}
+
+TEST_F(LoadTest, NullCallback_AnswersItsCodeAndLeavesTheLists) {
+    Entry(kMachineKey, u"a");
+    CAppManager& manager = Load();
+    EXPECT_EQ(manager.LoadAppEx(nullptr, nullptr, false), kNoCallback);
+    EXPECT_EQ(manager.GetCount(), 1U);
+}
+
+TEST_F(LoadTest, CacheThatCannotBeRead_TellsNinetyFiveAlone) {
+    Entry(kMachineKey, u"a");
+    CAppManager& manager = Load();
+    LoadRun run;
+    EXPECT_TRUE(Succeeded(run.Load(manager, true)));
+    EXPECT_EQ(run.percents, Percents{95});
+    run.cancelAt = 95;
+    EXPECT_EQ(Small(run.Load(manager, true)), SmallCode::Cancelled);
+    EXPECT_EQ(manager.GetCount(), 0U);
+}
+
+// Stop from the callback, as a host's own thread would call it: the load ends by itself, with nothing more found.
+TEST_F(LoadTest, Stop_EndsTheSourcesAndTheLoadSucceeds) {
+    for (int i = 0; i < 50; ++i) Entry(kMachineKey, FormatText(u"entry%d", i));
+    Start();
+    const auto manager = RefPtr<CAppManager>::Adopt(new CAppManager);
+    const auto stop = [](std::uint32_t percent, void* context) -> std::uint8_t {
+        if (percent == 10) static_cast<CAppManager*>(context)->Stop();
+        return 1;
+    };
+    EXPECT_TRUE(Succeeded(manager->LoadAppEx(stop, manager.Get(), false)));
+    EXPECT_EQ(manager->GetCount(), 0U);
+    EXPECT_EQ(manager->IsContinue(), 0);
+    LoadRun run;
+    EXPECT_TRUE(Succeeded(run.Load(*manager)));
+    EXPECT_EQ(manager->GetCount(), 50U) << "the next load goes on";
+}
+
+}  // namespace
+}  // namespace roundup
