@@ -123,8 +123,11 @@ class HiveSource final : public IRegistryNodeSource {
             const std::unique_ptr<char, FreeBlock> data(hivex_value_value(m_hive.get(), *value, &type, &size));
             // One value that cannot be read does not take the key with it.
             if (data == nullptr || size > std::numeric_limits<std::uint32_t>::max()) continue;
-            filler.AddValue(node, *name, static_cast<std::uint32_t>(type), data.get(),
-                            static_cast<std::uint32_t>(size));
+            // The library writes whatever number the file has into its enumeration; take it out as a number.
+            static_assert(sizeof type == sizeof(std::uint32_t));
+            std::uint32_t number = 0;
+            std::memcpy(&number, &type, sizeof number);
+            filler.AddValue(node, *name, number, data.get(), static_cast<std::uint32_t>(size));
         }
         return true;
     }

@@ -36,11 +36,12 @@ KeyHandle KeyHandles::Add(const OpenKeyState& state) {
         Slot* const slot = TakeSlot(shard, index);
         if (slot == nullptr) continue;
         slot->merged = std::move(merged);
-        slot->node.store(state.key.node, std::memory_order_relaxed);
-        slot->other.store(state.key.other, std::memory_order_relaxed);
+        // Released, so that who reads one of these also sees that the slot's former handle is gone.
+        slot->node.store(state.key.node, std::memory_order_release);
+        slot->other.store(state.key.other, std::memory_order_release);
         slot->rest.store(std::uint64_t{state.access} << 32 | static_cast<std::uint64_t>(state.key.kind) << 8 |
                              static_cast<std::uint64_t>(state.view),
-                         std::memory_order_relaxed);
+                         std::memory_order_release);
         const KeyHandle handle =
             (TakeSerial(shard) << (kShardBits + kIndexBits)) | (std::uint64_t{index} << kShardBits) | number;
         slot->handle.store(handle, std::memory_order_release);
@@ -79,8 +80,6 @@ void KeyHandles::Remove(KeyHandle handle) noexcept {
     const std::lock_guard guard(shard.mutex);
     if (slot->handle.load(std::memory_order_relaxed) != handle) return;
     slot->handle.store(0, std::memory_order_relaxed);
-    // What the next key writes into the slot must not be seen before the handle is gone.
-    std::atomic_thread_fence(std::memory_order_release);
     merged.swap(slot->merged);
     slot->nextFree = shard.firstFree;
     shard.firstFree = static_cast<std::uint32_t>((handle >> kShardBits) & ((1U << kIndexBits) - 1)) + 1;
