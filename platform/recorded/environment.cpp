@@ -24,8 +24,7 @@ std::u16string Environment::Expand(std::u16string_view text) const {
         if (start == std::u16string_view::npos) return result;
         text.remove_prefix(start);
         const std::size_t end = text.find(u'%', 1);
-        const std::u16string* value =
-            end != std::u16string_view::npos ? Find(text.substr(1, end - 1)) : nullptr;
+        const std::u16string* value = end != std::u16string_view::npos ? Find(text.substr(1, end - 1)) : nullptr;
         if (value == nullptr) {
             result.push_back(u'%');
             text.remove_prefix(1);

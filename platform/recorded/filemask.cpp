@@ -39,8 +39,9 @@ FileMask::FileMask(std::u16string_view mask) {
 // the mask. It costs mask times name at most, whatever the mask.
 bool FileMask::Matches(std::u16string_view name) const {
     if (MatchesAll()) return true;
-    if (!m_wild) return std::equal(name.begin(), name.end(), m_mask.begin(), m_mask.end(),
-                                   [](char16_t a, char16_t b) { return ToUpper(a) == b; });
+    if (!m_wild)
+        return std::equal(name.begin(), name.end(), m_mask.begin(), m_mask.end(),
+                          [](char16_t a, char16_t b) { return ToUpper(a) == b; });
     const std::size_t places = m_mask.size() + 1;
     std::vector<bool> state(places);
     std::vector<bool> next(places);

@@ -31,8 +31,7 @@ class IFileStream {
     virtual ~IFileStream() = default;
 
     virtual Win32Error ReadAt(std::uint64_t position, void* buffer, std::uint32_t size, std::uint32_t& done) = 0;
-    virtual Win32Error WriteAt(std::uint64_t position, const void* buffer, std::uint32_t size,
-                               std::uint32_t& done) = 0;
+    virtual Win32Error WriteAt(std::uint64_t position, const void* buffer, std::uint32_t size, std::uint32_t& done) = 0;
     virtual Win32Error GetSize(std::uint64_t& size) = 0;
     virtual Win32Error SetSize(std::uint64_t size) = 0;
 };

@@ -23,7 +23,7 @@ class FileTree {
         FolderNode* folder = nullptr;
         std::u16string_view leaf;
         MappedFolder* mapped = nullptr;
-        std::u16string_view rest;                  // may be empty: the mapped folder itself
+        std::u16string_view rest;                    // may be empty: the mapped folder itself
         std::shared_ptr<const std::u16string> text;  // holds what leaf and rest show, when a mount point led there
     };
     // The last part of the path may itself be a link or a mount point.

@@ -93,7 +93,7 @@ class FolderNode {
     template <class T>
     using NameMap = std::unordered_map<std::u16string, T, NoCaseHash, NoCaseEqual>;
     struct Changes {
-        std::shared_mutex lock;  // guards the three below
+        std::shared_mutex lock;                        // guards the three below
         NameMap<std::unique_ptr<WrittenEntry>> names;  // null: the source's entry of that name was deleted
         NameMap<std::u16string> shortNames;            // to the name that it is short for
         std::vector<std::unique_ptr<WrittenEntry>> shadowed;

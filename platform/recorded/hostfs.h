@@ -20,10 +20,10 @@ struct HostEntry {
 
 enum class HostOpen : std::uint8_t {
     Read,
-    ReadWrite,       // must be there
-    CreateNew,       // for reading and writing; must not be there: error 80
-    CreateOrOpen,    // likewise
-    CreateOrEmpty,   // likewise
+    ReadWrite,      // must be there
+    CreateNew,      // for reading and writing; must not be there: error 80
+    CreateOrOpen,   // likewise
+    CreateOrEmpty,  // likewise
 };
 
 // A folder of this computer with everything below it, opened once. Paths are relative to it, with "/" between their

@@ -24,26 +24,37 @@ constexpr Win32Error kErrorTooManyOpenFiles = 4;
 // The error numbers of POSIX (errno.h) as the platform would tell them.
 Win32Error FromErrno(int error) noexcept {
     switch (error) {
-        case 0: return kErrorSuccess;
-        case ENOENT: return kErrorFileNotFound;
-        case ENOTDIR: return kErrorPathNotFound;
+        case 0:
+            return kErrorSuccess;
+        case ENOENT:
+            return kErrorFileNotFound;
+        case ENOTDIR:
+            return kErrorPathNotFound;
         case EACCES:
         case EPERM:
         case EROFS:
         case EISDIR:
-        case ENXIO: return kErrorAccessDenied;
-        case ELOOP: return kErrorCannotAccessFile;
+        case ENXIO:
+            return kErrorAccessDenied;
+        case ELOOP:
+            return kErrorCannotAccessFile;
         case ENOSPC:
         case EDQUOT:
-        case EFBIG: return kErrorDiskFull;
-        case EEXIST: return kErrorFileExists;
-        case ENOMEM: return kErrorNotEnoughMemory;
+        case EFBIG:
+            return kErrorDiskFull;
+        case EEXIST:
+            return kErrorFileExists;
+        case ENOMEM:
+            return kErrorNotEnoughMemory;
         case EMFILE:
-        case ENFILE: return kErrorTooManyOpenFiles;
+        case ENFILE:
+            return kErrorTooManyOpenFiles;
         case ENAMETOOLONG:
         case EINVAL:
-        case EILSEQ: return kErrorInvalidName;
-        default: return kErrorReadFault;
+        case EILSEQ:
+            return kErrorInvalidName;
+        default:
+            return kErrorReadFault;
     }
 }
 
@@ -72,16 +83,14 @@ class PosixStream final : public IFileStream {
     explicit PosixStream(Descriptor file) : m_file(std::move(file)) {}
 
     Win32Error ReadAt(std::uint64_t position, void* buffer, std::uint32_t size, std::uint32_t& done) override {
-        return Move(position, size, done,
-                    [&](std::uint32_t from, std::size_t count, off_t at) {
-                        return pread(m_file.Get(), static_cast<char*>(buffer) + from, count, at);
-                    });
+        return Move(position, size, done, [&](std::uint32_t from, std::size_t count, off_t at) {
+            return pread(m_file.Get(), static_cast<char*>(buffer) + from, count, at);
+        });
     }
     Win32Error WriteAt(std::uint64_t position, const void* buffer, std::uint32_t size, std::uint32_t& done) override {
-        return Move(position, size, done,
-                    [&](std::uint32_t from, std::size_t count, off_t at) {
-                        return pwrite(m_file.Get(), static_cast<const char*>(buffer) + from, count, at);
-                    });
+        return Move(position, size, done, [&](std::uint32_t from, std::size_t count, off_t at) {
+            return pwrite(m_file.Get(), static_cast<const char*>(buffer) + from, count, at);
+        });
     }
     Win32Error GetSize(std::uint64_t& size) override {
         struct stat info {};
@@ -121,11 +130,16 @@ SourceKind KindOf(mode_t mode) noexcept {
 
 int OpenFlags(HostOpen how) noexcept {
     switch (how) {
-        case HostOpen::Read: return O_RDONLY;
-        case HostOpen::ReadWrite: return O_RDWR;
-        case HostOpen::CreateNew: return O_RDWR | O_CREAT | O_EXCL;
-        case HostOpen::CreateOrOpen: return O_RDWR | O_CREAT;
-        case HostOpen::CreateOrEmpty: return O_RDWR | O_CREAT | O_TRUNC;
+        case HostOpen::Read:
+            return O_RDONLY;
+        case HostOpen::ReadWrite:
+            return O_RDWR;
+        case HostOpen::CreateNew:
+            return O_RDWR | O_CREAT | O_EXCL;
+        case HostOpen::CreateOrOpen:
+            return O_RDWR | O_CREAT;
+        case HostOpen::CreateOrEmpty:
+            return O_RDWR | O_CREAT | O_TRUNC;
     }
     return O_RDONLY;
 }
@@ -218,15 +232,22 @@ Win32Error PosixFolder::List(const std::string& path, std::vector<HostEntry>& en
         if (name == "." || name == "..") continue;
         SourceKind kind = SourceKind::Other;
         switch (entry->d_type) {
-            case DT_REG: kind = SourceKind::File; break;
-            case DT_DIR: kind = SourceKind::Folder; break;
-            case DT_LNK: kind = SourceKind::Link; break;
+            case DT_REG:
+                kind = SourceKind::File;
+                break;
+            case DT_DIR:
+                kind = SourceKind::Folder;
+                break;
+            case DT_LNK:
+                kind = SourceKind::Link;
+                break;
             case DT_UNKNOWN: {
                 struct stat info {};
                 if (fstatat(fd, entry->d_name, &info, AT_SYMLINK_NOFOLLOW) == 0) kind = KindOf(info.st_mode);
                 break;
             }
-            default: break;
+            default:
+                break;
         }
         entries.push_back({std::string(name), kind});
     }
@@ -334,8 +355,6 @@ std::uint32_t HostThreadNumber() {
     return number;
 }
 
-bool HostRandom(void* buffer, std::size_t size) {
-    return getrandom(buffer, size, 0) == static_cast<ssize_t>(size);
-}
+bool HostRandom(void* buffer, std::size_t size) { return getrandom(buffer, size, 0) == static_cast<ssize_t>(size); }
 
 }  // namespace roundup

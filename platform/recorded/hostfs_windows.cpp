@@ -41,10 +41,14 @@ Win32Error FromCode(const std::error_code& code) {
 
 SourceKind KindOf(const fs::file_status& status) noexcept {
     switch (status.type()) {
-        case fs::file_type::regular: return SourceKind::File;
-        case fs::file_type::directory: return SourceKind::Folder;
-        case fs::file_type::symlink: return SourceKind::Link;
-        default: return SourceKind::Other;
+        case fs::file_type::regular:
+            return SourceKind::File;
+        case fs::file_type::directory:
+            return SourceKind::Folder;
+        case fs::file_type::symlink:
+            return SourceKind::Link;
+        default:
+            return SourceKind::Other;
     }
 }
 
@@ -215,7 +219,8 @@ Win32Error HostFolder::Open(const std::string& path, std::unique_ptr<HostFolder>
 
 std::string HostTempFolder() {
     // As on every other system, when the variable is set.
-    if (const wchar_t* folder = _wgetenv(L"TMPDIR"); folder != nullptr && *folder != L'\0') return TextOf(fs::path(folder));
+    if (const wchar_t* folder = _wgetenv(L"TMPDIR"); folder != nullptr && *folder != L'\0')
+        return TextOf(fs::path(folder));
     std::error_code code;
     return TextOf(fs::temp_directory_path(code));
 }
@@ -243,8 +248,8 @@ LocalTime HostLocalTime() {
     time.hour = static_cast<std::uint16_t>(local.tm_hour);
     time.minute = static_cast<std::uint16_t>(local.tm_min);
     time.second = static_cast<std::uint16_t>(local.tm_sec);
-    time.millisecond = static_cast<std::uint16_t>(
-        std::chrono::duration_cast<std::chrono::milliseconds>(since).count() % 1000);
+    time.millisecond =
+        static_cast<std::uint16_t>(std::chrono::duration_cast<std::chrono::milliseconds>(since).count() % 1000);
     return time;
 }
 

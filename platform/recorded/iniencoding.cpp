@@ -8,9 +8,10 @@ namespace roundup {
 namespace {
 
 // What Windows-1252 has at 0x80 to 0x9F (bestfit1252.txt of the Unicode consortium); undefined bytes stay as they are.
-constexpr char16_t kHighControls[32] = {
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
-    0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+constexpr char16_t kHighControls[32] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                        0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
+                                        0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                        0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 constexpr std::string_view kUtf16Mark = "\xFF\xFE";
@@ -102,12 +103,18 @@ std::u16string DecodeIni(std::string_view bytes, IniEncoding& encoding) {
 
 std::string EncodeIni(std::u16string_view text, IniEncoding encoding) {
     switch (encoding) {
-        case IniEncoding::Utf8: return ToUtf8(text);
-        case IniEncoding::Utf8Marked: return std::string(kUtf8Mark) + ToUtf8(text);
-        case IniEncoding::Windows1252: return ToWindows1252(text);
-        case IniEncoding::Utf16: return ToUtf16(text, false);
-        case IniEncoding::Utf16Marked: return std::string(kUtf16Mark) + ToUtf16(text, false);
-        case IniEncoding::Utf16BigEndianMarked: return std::string(kUtf16BigEndianMark) + ToUtf16(text, true);
+        case IniEncoding::Utf8:
+            return ToUtf8(text);
+        case IniEncoding::Utf8Marked:
+            return std::string(kUtf8Mark) + ToUtf8(text);
+        case IniEncoding::Windows1252:
+            return ToWindows1252(text);
+        case IniEncoding::Utf16:
+            return ToUtf16(text, false);
+        case IniEncoding::Utf16Marked:
+            return std::string(kUtf16Mark) + ToUtf16(text, false);
+        case IniEncoding::Utf16BigEndianMarked:
+            return std::string(kUtf16BigEndianMark) + ToUtf16(text, true);
     }
     return {};
 }

@@ -69,8 +69,7 @@ std::optional<IniLine> FindIniKey(std::u16string_view text, const IniSection& se
     return std::nullopt;
 }
 
-void SetIniKey(std::u16string& text, std::u16string_view section, std::u16string_view key,
-               std::u16string_view value) {
+void SetIniKey(std::u16string& text, std::u16string_view section, std::u16string_view key, std::u16string_view value) {
     const auto ended = [&] { return text.empty() || text.back() == u'\n' || text.back() == u'\r'; };
     std::optional<IniSection> found = FindIniSection(text, section);
     if (!found) {

@@ -48,7 +48,8 @@ struct IniSection {
 };
 std::optional<IniSection> FindIniSection(std::u16string_view text, std::u16string_view name) noexcept;
 // The first key of that name in the section; names ignore case.
-std::optional<IniLine> FindIniKey(std::u16string_view text, const IniSection& section, std::u16string_view key) noexcept;
+std::optional<IniLine> FindIniKey(std::u16string_view text, const IniSection& section,
+                                  std::u16string_view key) noexcept;
 
 // Sets the key, in the first section of that name, and makes either when it is missing.
 void SetIniKey(std::u16string& text, std::u16string_view section, std::u16string_view key, std::u16string_view value);

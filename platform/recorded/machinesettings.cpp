@@ -65,12 +65,14 @@ std::string ReadSystem(MachineSettings& settings, std::u16string_view key, std::
             return "the architecture is x64 or x86, not \"" + ToUtf8(value) + "\"";
         }
     } else if (EqualsNoCase(key, u"version")) {
-        if (!ReadVersion(value, settings.version)) return "a version is major.minor.build, not \"" + ToUtf8(value) + "\"";
+        if (!ReadVersion(value, settings.version))
+            return "a version is major.minor.build, not \"" + ToUtf8(value) + "\"";
     } else if (EqualsNoCase(key, u"computer")) {
         settings.computer = value;
     } else if (EqualsNoCase(key, u"user")) {
         // The name becomes part of paths.
-        if (value.empty() || value.find_first_of(u"\\/:*?\"<>|") != std::u16string_view::npos || value == u"." || value == u"..") {
+        if (value.empty() || value.find_first_of(u"\\/:*?\"<>|") != std::u16string_view::npos || value == u"." ||
+            value == u"..") {
             return "\"" + ToUtf8(value) + "\" cannot be the name of a user";
         }
         settings.user = value;
@@ -122,14 +124,14 @@ std::string ReadVolume(MachineSettings& settings, std::u16string_view key, std::
     return {};
 }
 
-LineReader ReadInto(MachineSettings::Texts MachineSettings::* texts) {
+LineReader ReadInto(MachineSettings::Texts MachineSettings::*texts) {
     return [texts](MachineSettings& settings, std::u16string_view key, std::u16string_view value) {
         (settings.*texts).emplace_back(key, value);
         return std::string();
     };
 }
 
-LineReader ReadInto(MachineSettings::Lists MachineSettings::* lists) {
+LineReader ReadInto(MachineSettings::Lists MachineSettings::*lists) {
     return [lists](MachineSettings& settings, std::u16string_view key, std::u16string_view value) {
         (settings.*lists).emplace_back(key, SplitNames(value));
         return std::string();

@@ -27,14 +27,14 @@ struct MachineSettings {
     std::u16string user = u"User";
     std::uint32_t processors = 4;
 
-    Texts environment;                                             // name, value; later ones win
+    Texts environment;                                              // name, value; later ones win
     std::vector<std::pair<std::uint32_t, std::u16string>> folders;  // CSIDL number, path
-    Texts reparse;                                                 // path, target of its mount point
-    Texts shortPaths;                                              // long path, short path, part by part
+    Texts reparse;                                                  // path, target of its mount point
+    Texts shortPaths;                                               // long path, short path, part by part
     std::vector<std::pair<std::u16string, std::uint32_t>> attributes;
-    Lists groups;    // local group, members
-    Lists accounts;  // path or MACHINE\... key path, names of its access list
-    Texts strings;   // indirect string, text
+    Lists groups;                                              // local group, members
+    Lists accounts;                                            // path or MACHINE\... key path, names of its access list
+    Texts strings;                                             // indirect string, text
     std::vector<std::pair<char16_t, std::u16string>> volumes;  // drive letter in upper case, file system name
 
     bool Is64Bit() const noexcept { return architecture == kArchitectureAmd64; }

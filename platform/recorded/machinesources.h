@@ -16,8 +16,7 @@ namespace roundup {
 // Each fills the parts that the folder itself knows of: settings, registry, files, drives, user. folder is the source.
 SourceStatus LoadRecordedFolder(const std::shared_ptr<HostFolder>& folder, const OpenOptions& options,
                                 MachineParts& parts);
-SourceStatus LoadWineSource(const std::shared_ptr<HostFolder>& folder, const OpenOptions& options,
-                            MachineParts& parts);
+SourceStatus LoadWineSource(const std::shared_ptr<HostFolder>& folder, const OpenOptions& options, MachineParts& parts);
 SourceStatus LoadOfflineVolume(const std::shared_ptr<HostFolder>& folder, const OpenOptions& options,
                                MachineParts& parts);
 

@@ -41,7 +41,7 @@ class MappedFolder {
   private:
     struct Found {
         Win32Error error = kErrorSuccess;
-        std::string path;   // with error 2: where it would be made
+        std::string path;  // with error 2: where it would be made
         std::u16string names;
         SourceKind kind = SourceKind::Folder;
         std::uint64_t size = 0;

@@ -15,16 +15,17 @@ namespace {
 constexpr const char16_t* kProfileList = u"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList";
 
 // Folders of Users that belong to Windows itself.
-constexpr std::u16string_view kSystemProfiles[] = {u"Public",      u"Default",      u"Default User",   u"All Users",
-                                                   u"defaultuser0", u"LocalService", u"NetworkService", u"systemprofile"};
+constexpr std::u16string_view kSystemProfiles[] = {u"Public",         u"Default",      u"Default User",
+                                                   u"All Users",      u"defaultuser0", u"LocalService",
+                                                   u"NetworkService", u"systemprofile"};
 
 SourceError Fault(const std::string& file, std::string what) {
     return {file, SourceError::Place::None, 0, std::move(what)};
 }
 
 // A hive of Windows/System32/config; one that is not there is left out unless it is needed.
-SourceStatus MountSystemHive(RegistryStore& store, HostFolder& folder, std::string_view name,
-                             std::u16string_view path, bool needed) {
+SourceStatus MountSystemHive(RegistryStore& store, HostFolder& folder, std::string_view name, std::u16string_view path,
+                             bool needed) {
     const auto file = FindBelow(folder, {"Windows", "System32", "config", name}, SourceKind::File);
     if (file) return MountHive(store, folder.Path() + "/" + *file, path);
     if (!needed) return std::nullopt;

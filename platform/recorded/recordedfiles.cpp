@@ -108,9 +108,8 @@ Win32Error RecordedFileSystem::StartFind(std::u16string_view folder, std::u16str
         return kErrorSuccess;
     }
     if (const Win32Error error = ParsePath(folder, parsed); error != kErrorSuccess) return error;
-    const bool forbidden = std::any_of(mask.begin(), mask.end(), [](char16_t c) {
-        return IsForbiddenInName(c) && c != u'*' && c != u'?';
-    });
+    const bool forbidden = std::any_of(mask.begin(), mask.end(),
+                                       [](char16_t c) { return IsForbiddenInName(c) && c != u'*' && c != u'?'; });
     if (forbidden) return kErrorInvalidName;
     const FileTree::Found found = m_tree.Find(parsed, FileTree::Last::Followed);
     if (found.error != kErrorSuccess) return found.error == kErrorFileNotFound ? kErrorPathNotFound : found.error;

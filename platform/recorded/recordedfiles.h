@@ -70,8 +70,7 @@ class RecordedFileSystem final : public IFileSystem {
     bool Step(OpenFind& find, FindData& data);
     Win32Error OpenStream(const WinPath& path, std::uint32_t access, std::uint32_t share, std::uint32_t disposition,
                           OpenFile& file);
-    Win32Error OpenEntry(FileEntry& entry, bool write, std::uint32_t disposition,
-                         std::unique_ptr<IFileStream>& stream);
+    Win32Error OpenEntry(FileEntry& entry, bool write, std::uint32_t disposition, std::unique_ptr<IFileStream>& stream);
     Win32Error OpenSource(const FileEntry& entry, std::unique_ptr<IFileStream>& stream);
     Win32Error CreateIn(FolderNode& folder, std::u16string_view name, std::unique_ptr<IFileStream>& stream);
     Win32Error CopyForWriting(FileEntry& entry, bool keepContent, std::unique_ptr<IFileStream>& stream);

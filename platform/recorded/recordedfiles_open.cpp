@@ -50,8 +50,8 @@ Win32Error RecordedFileSystem::OpenStream(const WinPath& path, std::uint32_t acc
     const bool creates = disposition != kOpenExisting;
     if (found.error != kErrorSuccess && !(found.error == kErrorFileNotFound && creates)) return found.error;
     if (found.error == kErrorFileNotFound && found.folder == nullptr) return kErrorCannotAccessFile;
-    const bool isFolder = found.error == kErrorSuccess && found.mapped == nullptr &&
-                          found.entry->kind == SourceKind::Folder;
+    const bool isFolder =
+        found.error == kErrorSuccess && found.mapped == nullptr && found.entry->kind == SourceKind::Folder;
     if (isFolder) return disposition == kCreateNew ? kErrorFileExists : kErrorAccessDenied;
     if (path.endsInSeparator) return kErrorInvalidName;
 

@@ -37,7 +37,8 @@ SourceStatus LoadRecordedFolder(const std::shared_ptr<HostFolder>& folder, const
     std::vector<HostEntry> drives;
     if (folder->List("drives", drives) == kErrorSuccess) {
         for (const HostEntry& entry : drives) {
-            const char16_t letter = entry.name.size() == 1 ? ToUpper(static_cast<char16_t>(entry.name[0] & 0x7F)) : u'\0';
+            const char16_t letter =
+                entry.name.size() == 1 ? ToUpper(static_cast<char16_t>(entry.name[0] & 0x7F)) : u'\0';
             if (letter < u'A' || letter > u'Z') continue;
             parts.drives.emplace_back(letter, u"drives\\" + FromUtf8(entry.name));
         }

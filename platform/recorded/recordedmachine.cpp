@@ -21,9 +21,9 @@ RecordedMachine::RecordedMachine(MachineParts parts)
       m_files(m_tree, m_budget, m_settings.volumes),
       m_profile(m_files, m_folders.Path(kWindowsFolder)),
       m_shell(m_settings, m_folders, m_hostExecutable, m_files, m_registry),
-      m_security(m_settings, m_files, nullptr),
-      m_system(m_settings, m_environment,
-               {m_folders.Path(kWindowsFolder), m_folders.TempFolder(), m_hostExecutable}, std::move(parts.sinks)),
+      m_security(m_settings, m_files, [this](KeyHandle key) { return m_registry.StoredPath(key); }),
+      m_system(m_settings, m_environment, {m_folders.Path(kWindowsFolder), m_folders.TempFolder(), m_hostExecutable},
+               std::move(parts.sinks)),
       m_closedLibraries(m_files) {
     if (parts.writeLimit) m_budget.Limit(*parts.writeLimit);
     SetUpDrives(parts);
@@ -86,7 +86,8 @@ void RecordedMachine::SetUpSpecialPaths(const MachineParts& parts) {
     for (const auto& [path, shortPath] : m_settings.shortPaths) {
         WinPath parsedLong;
         WinPath parsedShort;
-        if (ParsePath(path, parsedLong) != kErrorSuccess || ParsePath(shortPath, parsedShort) != kErrorSuccess) continue;
+        if (ParsePath(path, parsedLong) != kErrorSuccess || ParsePath(shortPath, parsedShort) != kErrorSuccess)
+            continue;
         std::vector<FileEntry*> trail;
         if (m_tree.Find(parsedLong, FileTree::Last::AsItIs, &trail).error != kErrorSuccess) continue;
         std::u16string_view rest = parsedShort.Parts();

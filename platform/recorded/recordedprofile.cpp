@@ -87,8 +87,7 @@ std::u16string RecordedProfile::PathOf(const char16_t* path) const {
 
 Win32Error RecordedProfile::ReadFile(const std::u16string& path, std::string& bytes) {
     FileHandle file = kInvalidFile;
-    Win32Error error =
-        m_files.Open(path.c_str(), kGenericRead, kShareRead | kShareWrite, kOpenExisting, file);
+    Win32Error error = m_files.Open(path.c_str(), kGenericRead, kShareRead | kShareWrite, kOpenExisting, file);
     if (error != kErrorSuccess) return error;
     std::uint64_t size = 0;
     error = m_files.GetSize(file, size);

@@ -8,10 +8,7 @@ namespace roundup {
 
 RecordedShell::RecordedShell(const MachineSettings& settings, const ShellFolders& folders,
                              std::u16string hostExecutable, IFileSystem& files, IRegistry& registry)
-    : m_settings(settings),
-      m_folders(folders),
-      m_hostExecutable(std::move(hostExecutable)),
-      m_icons(files, registry) {}
+    : m_settings(settings), m_folders(folders), m_hostExecutable(std::move(hostExecutable)), m_icons(files, registry) {}
 
 bool RecordedShell::GetFolderPath(std::uint32_t number, char16_t (&path)[260]) {
     const std::u16string& folder = m_folders.Path(number);

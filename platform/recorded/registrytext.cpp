@@ -78,8 +78,7 @@ std::vector<RegistryTextValue> ReadRegistryTexts(IRegistry& registry, KeyHandle 
         std::uint32_t length = kLongestValueName;
         std::uint32_t type = kRegNone;
         std::uint32_t size = 0;
-        const Win32Error error =
-            registry.EnumValue(opened.Get(), index, name.data(), length, type, nullptr, size);
+        const Win32Error error = registry.EnumValue(opened.Get(), index, name.data(), length, type, nullptr, size);
         if (error != kErrorSuccess) return values;
         std::vector<std::byte> data;
         if (!IsText(type) || !ReadValue(registry, opened.Get(), name.data(), type, data)) continue;

@@ -30,9 +30,8 @@ void ShareTable::Leave(const std::u16string& file, std::uint32_t access, std::ui
     const auto found = m_files.find(file);
     if (found == m_files.end()) return;
     std::vector<Opening>& openings = found->second;
-    const auto opening = std::find_if(openings.begin(), openings.end(), [&](const Opening& one) {
-        return one.access == access && one.share == share;
-    });
+    const auto opening = std::find_if(openings.begin(), openings.end(),
+                                      [&](const Opening& one) { return one.access == access && one.share == share; });
     if (opening != openings.end()) openings.erase(opening);
     if (openings.empty()) m_files.erase(found);
 }

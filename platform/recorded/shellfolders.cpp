@@ -31,9 +31,9 @@ bool IsOn32Bit(std::u16string_view variable) noexcept {
 // Variables in the paths of a default installation are those of m_roots.
 struct ShellFolders::Row {
     std::uint8_t number;
-    Kept kept;              // where the registry has it
-    const char16_t* value;  // under this name
-    const char16_t* path;   // in a default installation
+    Kept kept;                          // where the registry has it
+    const char16_t* value;              // under this name
+    const char16_t* path;               // in a default installation
     const char16_t* variables[3] = {};  // environment variables that name it too
 };
 
@@ -48,9 +48,15 @@ static constexpr ShellFolders::Row kRows[] = {
     {28, Kept::User, u"Local AppData", u"%Profile%\\AppData\\Local", {u"LOCALAPPDATA"}},
     {38, Kept::CurrentVersion, u"ProgramFilesDir", u"%Drive%\\Program Files", {u"ProgramFiles", u"ProgramW6432"}},
     {42, Kept::CurrentVersion, u"ProgramFilesDir (x86)", u"%Drive%\\Program Files (x86)", {u"ProgramFiles(x86)"}},
-    {43, Kept::CurrentVersion, u"CommonFilesDir", u"%Drive%\\Program Files\\Common Files",
+    {43,
+     Kept::CurrentVersion,
+     u"CommonFilesDir",
+     u"%Drive%\\Program Files\\Common Files",
      {u"CommonProgramFiles", u"CommonProgramW6432"}},
-    {44, Kept::CurrentVersion, u"CommonFilesDir (x86)", u"%Drive%\\Program Files (x86)\\Common Files",
+    {44,
+     Kept::CurrentVersion,
+     u"CommonFilesDir (x86)",
+     u"%Drive%\\Program Files (x86)\\Common Files",
      {u"CommonProgramFiles(x86)"}},
     {0, Kept::User, u"Desktop", u"%Profile%\\Desktop"},
     {2, Kept::User, u"Programs", u"%Roaming%\\Microsoft\\Windows\\Start Menu\\Programs"},
@@ -158,14 +164,19 @@ void ShellFolders::AddRow(const Row& row, const MachineSettings& settings) {
 std::u16string ShellFolders::RegistryPath(const Row& row) const {
     std::u16string path;
     switch (row.kept) {
-        case Kept::Nowhere: break;
-        case Kept::User: path = Expanded(kHkeyCurrentUser, kUserShellFolders, row.value);
+        case Kept::Nowhere:
+            break;
+        case Kept::User:
+            path = Expanded(kHkeyCurrentUser, kUserShellFolders, row.value);
             if (!IsDrivePath(path)) path = Expanded(kHkeyCurrentUser, kShellFolders, row.value);
             break;
-        case Kept::Machine: path = Expanded(kHkeyLocalMachine, kUserShellFolders, row.value);
+        case Kept::Machine:
+            path = Expanded(kHkeyLocalMachine, kUserShellFolders, row.value);
             if (!IsDrivePath(path)) path = Expanded(kHkeyLocalMachine, kShellFolders, row.value);
             break;
-        case Kept::CurrentVersion: path = Expanded(kHkeyLocalMachine, kCurrentVersion, row.value); break;
+        case Kept::CurrentVersion:
+            path = Expanded(kHkeyLocalMachine, kCurrentVersion, row.value);
+            break;
     }
     // A text that is no path on a drive says nothing: a network folder is out of reach, a variable may be unknown.
     if (!IsDrivePath(path)) return {};

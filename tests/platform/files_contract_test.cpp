@@ -116,9 +116,15 @@ TEST_P(FilesContract, FindFirst_TellsWhyNothingIsFound) {
         const char16_t* pattern;
         Win32Error error;
     };
-    const Case cases[] = {{u"C:\\Tool\\absent*", 2},      {u"C:\\Tool\\absent", 2},  {u"C:\\absent\\*", 3},
-                          {u"C:\\Tool\\read.me\\*", 3},   {u"C:\\Tool\\", 2},        {u"E:\\*", 3},
-                          {u"C:\\Tool\\<bad>*", 123},     {u"*", 3},                 {u"C:\\Tool\\circle\\*", 1920},
+    const Case cases[] = {{u"C:\\Tool\\absent*", 2},
+                          {u"C:\\Tool\\absent", 2},
+                          {u"C:\\absent\\*", 3},
+                          {u"C:\\Tool\\read.me\\*", 3},
+                          {u"C:\\Tool\\", 2},
+                          {u"E:\\*", 3},
+                          {u"C:\\Tool\\<bad>*", 123},
+                          {u"*", 3},
+                          {u"C:\\Tool\\circle\\*", 1920},
                           {u"C:\\Tool\\mounted\\no\\*", 3}};
     IFileSystem& files = StartKind().Files();
     for (const Case& one : cases) {
@@ -320,8 +326,8 @@ TEST_P(FilesContract, VeryLongPaths_AreAbsentOrNoPath) {
     EXPECT_EQ(CurrentMachine().System().GetLastFailure(), kErrorInvalidName);
 }
 
-INSTANTIATE_TEST_SUITE_P(Machines, FilesContract,
-                         ::testing::Values(MachineKind::InMemory, MachineKind::RecordedFolder), KindName);
+INSTANTIATE_TEST_SUITE_P(Machines, FilesContract, ::testing::Values(MachineKind::InMemory, MachineKind::RecordedFolder),
+                         KindName);
 
 }  // namespace
 }  // namespace roundup

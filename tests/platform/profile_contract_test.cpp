@@ -45,8 +45,7 @@ class ProfileContract : public ContractTest {
     std::u16string Get(const char16_t* section, const char16_t* key, const char16_t* path = kFile,
                        const char16_t* fallback = u"none  ") {
         char16_t buffer[200];
-        const std::uint32_t length =
-            CurrentMachine().Profile().GetString(section, key, fallback, buffer, 200, path);
+        const std::uint32_t length = CurrentMachine().Profile().GetString(section, key, fallback, buffer, 200, path);
         // Of lists the zeros between the texts are shown as "|".
         std::u16string text(buffer, length);
         std::replace(text.begin(), text.end(), u'\0', u'|');
@@ -101,15 +100,16 @@ TEST_P(ProfileContract, SmallBuffers_CutTextsAndLists) {
     };
     using namespace std::literals;
     const Case cases[] = {
-        {u"plain", 6, u"value\0#"sv, 5},  {u"plain", 1, u"\0######"sv, 0}, {u"plain", 0, u"#######"sv, 0},
-        {nullptr, 7, u"plain\0\0"sv, 5},  {nullptr, 5, u"pla\0\0##"sv, 3}, {nullptr, 2, u"\0\0#####"sv, 0},
+        {u"plain", 6, u"value\0#"sv, 5}, {u"plain", 1, u"\0######"sv, 0}, {u"plain", 0, u"#######"sv, 0},
+        {nullptr, 7, u"plain\0\0"sv, 5}, {nullptr, 5, u"pla\0\0##"sv, 3}, {nullptr, 2, u"\0\0#####"sv, 0},
         {nullptr, 1, u"\0######"sv, 0},
     };
     IProfile& profile = StartKind().Profile();
     for (const Case& one : cases) {
         std::u16string buffer(7, u'#');
         EXPECT_EQ(profile.GetString(u"First", one.key, u"", buffer.data(), one.size, kFile), one.result);
-        EXPECT_EQ(buffer.substr(0, one.size == 7 ? 7 : one.size + 1), one.buffer.substr(0, one.size == 7 ? 7 : one.size + 1));
+        EXPECT_EQ(buffer.substr(0, one.size == 7 ? 7 : one.size + 1),
+                  one.buffer.substr(0, one.size == 7 ? 7 : one.size + 1));
     }
     char16_t whole[8];
     EXPECT_EQ(profile.GetString(u"Second", nullptr, u"", whole, 8, kFile), 4U);

@@ -145,8 +145,8 @@ TEST_P(ShellContract, IndirectStrings_AreThoseOfTheSettings) {
     EXPECT_EQ(std::u16string_view(text), u"plain");
 }
 
-INSTANTIATE_TEST_SUITE_P(Machines, ShellContract,
-                         ::testing::Values(MachineKind::InMemory, MachineKind::RecordedFolder), KindName);
+INSTANTIATE_TEST_SUITE_P(Machines, ShellContract, ::testing::Values(MachineKind::InMemory, MachineKind::RecordedFolder),
+                         KindName);
 
 }  // namespace
 }  // namespace roundup

@@ -146,8 +146,8 @@ TEST_F(HostileFiles, OddEntries_AreListedOrLeftOutAndNeverBlock) {
     do names.emplace_back(data.name);
     while (files.FindNext(find, data) == kErrorSuccess);
     files.FindClose(find);
-    EXPECT_EQ(names, (std::vector<std::u16string>{u"dots..", u"pipe", u"real", u"RoundupHost", u"SAME", u"Users",
-                                                  u"\u00E4"}));
+    EXPECT_EQ(names,
+              (std::vector<std::u16string>{u"dots..", u"pipe", u"real", u"RoundupHost", u"SAME", u"Users", u"\u00E4"}));
     EXPECT_EQ(Read(files, u"C:\\same"), "SAME");
     EXPECT_EQ(Read(files, u"C:\\pipe"), "error 5");
     EXPECT_EQ(Read(files, u"C:\\dots.."), "error 2");

@@ -1,6 +1,6 @@
-#include <gtest/gtest.h>
-
 #include "platform/recorded/machinesettings.h"
+
+#include <gtest/gtest.h>
 
 namespace roundup {
 namespace {

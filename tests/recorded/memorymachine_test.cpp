@@ -58,7 +58,9 @@ TEST_F(MemoryMachine, DebugText_GoesToTheSink) {
 TEST_F(MemoryMachine, GroupsAndAccounts_AreThoseOfTheSettings) {
     builder.Group(u"Administrators", {u"BOX\\Ann", u"BOX\\Bob"}).Group(u"Guests", {});
     builder.File(u"C:\\Data\\base.mdf").Accounts(u"C:\\Data\\base.mdf", {u"Ann", u"SYSTEM"});
-    ISecurity& security = Start().Security();
+    builder.Key(u"HKLM\\SOFTWARE\\Wow6432Node\\Base").Accounts(u"MACHINE\\SOFTWARE\\WOW6432Node\\Base", {u"Bob"});
+    Machine& machine = Start();
+    ISecurity& security = machine.Security();
     std::vector<std::u16string> names;
     EXPECT_EQ(security.GetLocalGroups(names), kErrorSuccess);
     EXPECT_EQ(names, (std::vector<std::u16string>{u"Administrators", u"Guests"}));
@@ -70,6 +72,12 @@ TEST_F(MemoryMachine, GroupsAndAccounts_AreThoseOfTheSettings) {
     EXPECT_EQ(security.GetFileAccounts(u"C:\\Data", names), kErrorSuccess);
     EXPECT_TRUE(names.empty());
     EXPECT_EQ(security.GetFileAccounts(u"C:\\none", names), kErrorFileNotFound);
+    KeyHandle key = 0;
+    ASSERT_EQ(machine.Registry().OpenKey(kHkeyLocalMachine, u"SOFTWARE\\Base", kKeyRead | kKeyWow64Key32, key), 0U);
+    EXPECT_EQ(security.GetKeyAccounts(key, names), kErrorSuccess);
+    EXPECT_EQ(names, std::vector<std::u16string>{u"Bob"});
+    machine.Registry().CloseKey(key);
+    EXPECT_EQ(security.GetKeyAccounts(key, names), kErrorInvalidHandle);
 }
 
 TEST_F(MemoryMachine, PathMasks_BecomeTheFirstExistingPath) {

@@ -1,4 +1,5 @@
 #include "platform/recorded/openmachine.h"
+
 #include "tests/support/machinetest.h"
 #include "tests/support/tempfolder.h"
 
@@ -29,19 +30,20 @@ class OpenMachine : public MachineTest {
         return CurrentMachine().System().GetEnvironment(name, text, 260) != 0 ? text : u"none";
     }
     void WritePrefix(const std::string& arch) {
-        m_folder.Write("prefix/system.reg",
-                       "WINE REGISTRY Version 2\n;; All keys relative to REGISTRY\\\\Machine\n\n#arch=" + arch +
-                           "\n\n"
-                           "[Software\\\\Microsoft\\\\Windows NT\\\\CurrentVersion] 1\n#time=1\n"
-                           "\"CurrentBuildNumber\"=\"7601\"\n\"CurrentVersion\"=\"6.1\"\n\"SystemRoot\"=\"C:\\\\windows\"\n\n"
-                           "[Software\\\\Microsoft\\\\Windows NT\\\\CurrentVersion\\\\ProfileList\\\\S-1-5-21-0-0-0-1000] 1\n"
-                           "\"ProfileImagePath\"=\"C:\\\\users\\\\ann\"\n\n"
-                           "[Software\\\\Microsoft\\\\Windows NT\\\\CurrentVersion\\\\ProfileList] 1\n"
-                           "\"Public\"=str(2):\"C:\\\\users\\\\Public\"\n\n"
-                           "[System\\\\CurrentControlSet\\\\Control\\\\ComputerName\\\\ComputerName] 1\n"
-                           "\"ComputerName\"=\"BOX\"\n\n"
-                           "[System\\\\CurrentControlSet\\\\Control\\\\Session Manager\\\\Environment] 1\n"
-                           "\"Base\"=\"C:\\\\base\"\n\"Path\"=str(2):\"%SystemRoot%\"\n\"NUMBER_OF_PROCESSORS\"=\"6\"\n");
+        m_folder.Write(
+            "prefix/system.reg",
+            "WINE REGISTRY Version 2\n;; All keys relative to REGISTRY\\\\Machine\n\n#arch=" + arch +
+                "\n\n"
+                "[Software\\\\Microsoft\\\\Windows NT\\\\CurrentVersion] 1\n#time=1\n"
+                "\"CurrentBuildNumber\"=\"7601\"\n\"CurrentVersion\"=\"6.1\"\n\"SystemRoot\"=\"C:\\\\windows\"\n\n"
+                "[Software\\\\Microsoft\\\\Windows NT\\\\CurrentVersion\\\\ProfileList\\\\S-1-5-21-0-0-0-1000] 1\n"
+                "\"ProfileImagePath\"=\"C:\\\\users\\\\ann\"\n\n"
+                "[Software\\\\Microsoft\\\\Windows NT\\\\CurrentVersion\\\\ProfileList] 1\n"
+                "\"Public\"=str(2):\"C:\\\\users\\\\Public\"\n\n"
+                "[System\\\\CurrentControlSet\\\\Control\\\\ComputerName\\\\ComputerName] 1\n"
+                "\"ComputerName\"=\"BOX\"\n\n"
+                "[System\\\\CurrentControlSet\\\\Control\\\\Session Manager\\\\Environment] 1\n"
+                "\"Base\"=\"C:\\\\base\"\n\"Path\"=str(2):\"%SystemRoot%\"\n\"NUMBER_OF_PROCESSORS\"=\"6\"\n");
         m_folder.Write("prefix/user.reg",
                        "WINE REGISTRY Version 2\n;; All keys relative to REGISTRY\\\\User\\\\S-1-5-21-0-0-0-1000\n\n"
                        "[Environment] 1\n\"Path\"=\"C:\\\\mine\"\n\"Tool\"=str(2):\"%Base%\\\\tool\"\n"
@@ -77,7 +79,8 @@ TEST_F(OpenMachine, RecordedFolder_FaultsEndTheLoadWithFileAndLine) {
     EXPECT_EQ(Open(), nullptr);
     EXPECT_EQ(m_message, "machine/machine.ini:2: a version is major.minor.build, not \"ten\"");
     m_folder.Write("machine/machine.ini", "");
-    m_folder.Write("machine/registry/a.reg", "Windows Registry Editor Version 5.00\n\n[HKEY_LOCAL_MACHINE\\X]\nbroken\n");
+    m_folder.Write("machine/registry/a.reg",
+                   "Windows Registry Editor Version 5.00\n\n[HKEY_LOCAL_MACHINE\\X]\nbroken\n");
     EXPECT_EQ(Open(), nullptr);
     EXPECT_TRUE(m_message.starts_with("machine/registry/a.reg:4: ")) << m_message;
 }

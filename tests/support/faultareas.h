@@ -38,8 +38,8 @@ class Registry final : public Area<IRegistry> {
         const Win32Error error = gate.Next();
         return error != 0 ? error : inner.EnumKey(key, index, name, length);
     }
-    Win32Error EnumValue(KeyHandle key, std::uint32_t index, char16_t* name, std::uint32_t& length,
-                         std::uint32_t& type, void* data, std::uint32_t& size) override {
+    Win32Error EnumValue(KeyHandle key, std::uint32_t index, char16_t* name, std::uint32_t& length, std::uint32_t& type,
+                         void* data, std::uint32_t& size) override {
         const Win32Error error = gate.Next();
         return error != 0 ? error : inner.EnumValue(key, index, name, length, type, data, size);
     }

@@ -44,15 +44,24 @@ FaultInjectingMachine::~FaultInjectingMachine() = default;
 
 FaultGate& FaultInjectingMachine::GateOf(Area area) const {
     switch (area) {
-        case Area::Registry: return m_parts->registry.gate;
-        case Area::Files: return m_parts->files.gate;
-        case Area::Profile: return m_parts->profile.gate;
-        case Area::Shell: return m_parts->shell.gate;
-        case Area::Installer: return m_parts->installer.gate;
-        case Area::Processes: return m_parts->processes.gate;
-        case Area::Security: return m_parts->security.gate;
-        case Area::System: return m_parts->system.gate;
-        case Area::ClosedLibraries: break;
+        case Area::Registry:
+            return m_parts->registry.gate;
+        case Area::Files:
+            return m_parts->files.gate;
+        case Area::Profile:
+            return m_parts->profile.gate;
+        case Area::Shell:
+            return m_parts->shell.gate;
+        case Area::Installer:
+            return m_parts->installer.gate;
+        case Area::Processes:
+            return m_parts->processes.gate;
+        case Area::Security:
+            return m_parts->security.gate;
+        case Area::System:
+            return m_parts->system.gate;
+        case Area::ClosedLibraries:
+            break;
     }
     return m_parts->closedLibraries.gate;
 }

@@ -15,11 +15,8 @@ namespace roundup {
 namespace {
 
 constexpr std::pair<std::u16string_view, std::u16string_view> kShortRoots[] = {
-    {u"HKLM", u"HKEY_LOCAL_MACHINE"},
-    {u"HKCU", u"HKEY_CURRENT_USER"},
-    {u"HKU", u"HKEY_USERS"},
-    {u"HKCR", u"HKEY_CLASSES_ROOT"},
-    {u"HKCC", u"HKEY_CURRENT_CONFIG"},
+    {u"HKLM", u"HKEY_LOCAL_MACHINE"}, {u"HKCU", u"HKEY_CURRENT_USER"},   {u"HKU", u"HKEY_USERS"},
+    {u"HKCR", u"HKEY_CLASSES_ROOT"},  {u"HKCC", u"HKEY_CURRENT_CONFIG"},
 };
 
 std::u16string FullKeyPath(std::u16string_view path) {
@@ -204,8 +201,8 @@ MachineBuilder& MachineBuilder::DebugText(std::vector<std::u16string>& lines) {
 std::unique_ptr<Machine> MachineBuilder::Build() const {
     MachineParts parts;
     parts.settings = m_settings;
-    parts.registry = std::make_unique<RegistryStore>(m_settings.Is64Bit() ? RegistryLayout::Windows64
-                                                                          : RegistryLayout::Windows32);
+    parts.registry =
+        std::make_unique<RegistryStore>(m_settings.Is64Bit() ? RegistryLayout::Windows64 : RegistryLayout::Windows32);
     for (const RegistryKey& key : m_keys) {
         (void)parts.registry->CreateKey(key.path);
         for (const RegistryValue& value : key.values) {
@@ -234,7 +231,8 @@ std::unique_ptr<Machine> MachineBuilder::Build() const {
     for (const auto& [path, bytes] : m_hostFiles) {
         add(u"drives\\c\\" + std::u16string(kHostFolderName) + u"\\" + path, bytes);
     }
-    for (const char16_t letter : letters) parts.drives.emplace_back(ToUpper(letter), u"drives\\" + std::u16string(1, letter));
+    for (const char16_t letter : letters)
+        parts.drives.emplace_back(ToUpper(letter), u"drives\\" + std::u16string(1, letter));
     parts.files = std::move(source);
     if (m_memoryOnly.tempFolder) parts.tempFolder = OpenHost(*m_memoryOnly.tempFolder);
     if (m_memoryOnly.hostFolder) parts.hostFolder = OpenHost(*m_memoryOnly.hostFolder);

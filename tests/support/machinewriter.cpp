@@ -52,7 +52,8 @@ std::u16string ValueText(std::uint32_t type, const std::string& data) {
             text.push_back(static_cast<char16_t>(static_cast<unsigned char>(data[i]) |
                                                  static_cast<unsigned char>(data[i + 1]) << 8));
         }
-        const bool plain = data.ends_with(std::string(2, '\0')) && text.find_first_of(std::u16string_view(u"\0\r\n", 3)) == text.npos;
+        const bool plain =
+            data.ends_with(std::string(2, '\0')) && text.find_first_of(std::u16string_view(u"\0\r\n", 3)) == text.npos;
         if (plain) return u"\"" + Escaped(text) + u"\"";
     }
     text = u"hex";

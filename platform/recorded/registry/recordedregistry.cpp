@@ -4,6 +4,7 @@
 #include <new>
 #include <optional>
 #include <shared_mutex>
+#include <vector>
 
 namespace roundup {
 
@@ -272,6 +273,20 @@ Win32Error RecordedRegistry::Finish(OpenKeyState& state, std::uint32_t access, K
     state.access = *rights;
     key = m_handles.Add(state);
     return key != 0 ? kErrorSuccess : kErrorNotEnoughMemory;
+}
+
+std::u16string RecordedRegistry::StoredPath(KeyHandle key) {
+    const std::shared_lock guard(m_store.Lock());
+    OpenKeyState state;
+    if (State(key, state) != kErrorSuccess) return {};
+    std::vector<std::u16string_view> names;
+    for (const RegistryNode* node = state.key.Primary(); node != nullptr; node = node->parent) {
+        if (!node->Name().empty()) names.push_back(node->Name());
+    }
+    std::u16string path;
+    for (auto name = names.rbegin(); name != names.rend(); ++name)
+        path.append(path.empty() ? u"" : u"\\").append(*name);
+    return path;
 }
 
 RegistryNode* RecordedRegistry::ChildAt(KeyHandle key, const OpenKeyState& state, std::uint32_t index) {

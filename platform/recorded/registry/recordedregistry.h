@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "platform/recorded/registry/keyhandles.h"
 #include "platform/recorded/registry/registrystore.h"
@@ -31,6 +32,10 @@ class RecordedRegistry final : public IRegistry {
     Win32Error SetValue(KeyHandle key, const char16_t* name, std::uint32_t type, const void* data,
                         std::uint32_t size) override;
     Win32Error DeleteValue(KeyHandle key, const char16_t* name) override;
+
+    // The path of an open key or a root as the store keeps it, its root in full: "HKEY_LOCAL_MACHINE\\SOFTWARE\\...".
+    // Empty for what is no open key. Throws std::bad_alloc.
+    std::u16string StoredPath(KeyHandle key);
 
   private:
     // All of these need the store's lock.
