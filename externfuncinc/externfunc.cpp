@@ -17,7 +17,7 @@ std::uint32_t CAppInfo::GetAppIconSize() { return m_owner != nullptr ? m_owner->
 
 CRoundup::CRoundup(RefPtr<IAppManager> manager) noexcept {
     const auto build = [&] {
-        m_bridge = std::make_unique<CExternFuncCall>(std::move(manager));
+        m_bridge = std::make_shared<CExternFuncCall>(std::move(manager));
         m_launcher = std::make_unique<CUnInstallManager>(this);
         return true;
     };
@@ -61,20 +61,31 @@ std::uint8_t CRoundup::ForwardProgress(std::uint32_t percent, void* facade) {
     return observer ? observer->OnProgress(percent) : 1;
 }
 
+void CRoundup::Tell(std::uint32_t percent) {
+    if (m_observer) m_observer->OnProgress(percent);
+}
+
 std::int64_t CRoundup::LoadApps(std::uint8_t /*unused*/) {
-    const auto load = [this]() -> std::int64_t {
-        if (!IsOperational()) return 0;
-        DropRecords();
-        if (!m_bridge->Load(&ForwardProgress, this)) {
-            m_observer->OnProgress(100);
-            return -1;
-        }
-        m_observer->OnProgress(98);
-        FillRecords();
-        m_observer->OnProgress(100);
-        return 0;
-    };
-    return AtBoundary(load, [] { return std::int64_t{-1}; });
+    if (!IsOperational()) return 0;
+    // A load inside a load would empty the lists that the sources are filling.
+    if (std::exchange(m_loading, true)) return -1;
+    const auto self = RefPtr<CRoundup>::Share(this);  // OnProgress may give up the host's reference
+    const std::int64_t result = AtBoundary([this] { return LoadCatalogue(); }, [] { return std::int64_t{-1}; });
+    m_loading = false;
+    return result;
+}
+
+std::int64_t CRoundup::LoadCatalogue() {
+    DropRecords();
+    const auto bridge = m_bridge;  // OnProgress may close the facade
+    if (!bridge->Load(&ForwardProgress, this) || m_bridge == nullptr) {
+        Tell(100);
+        return -1;
+    }
+    Tell(98);
+    if (m_bridge != nullptr) FillRecords();
+    Tell(100);
+    return 0;
 }
 
 // Without memory for the records the catalogue counts as empty.
@@ -91,15 +102,13 @@ void CRoundup::FillRecords() {
 }
 
 std::int64_t CRoundup::EnumApps() {
-    const auto replay = [this]() -> std::int64_t {
-        if (IsOperational()) ReplayRecords();
-        return 0;
-    };
-    return AtBoundary(replay, [] { return std::int64_t{0}; });
+    const auto self = RefPtr<CRoundup>::Share(this);  // OnAppInfo may give up the host's reference
+    AtBoundary([this] { ReplayRecords(); }, [] {});
+    return 0;
 }
 
 void CRoundup::ReplayRecords() {
-    for (std::int32_t i = 0; i < m_recordCount; ++i) {
+    for (std::int32_t i = 0; IsOperational() && i < m_recordCount; ++i) {
         if (m_bridge->IsIndexPresent(i)) m_observer->OnAppInfo(&m_records[static_cast<std::size_t>(i)]);
     }
 }
@@ -124,11 +133,11 @@ bool CRoundup::StartUninstall(CAppInfo& record) {
 }
 
 // The record that app is, null for anything but one of the current records: the pointer comes from the host, which may
-// have kept it too long. Addresses are compared as numbers, since what it points to may be gone.
+// have kept it too long. Addresses are compared as numbers, since what it points to may be gone, or be no CAppInfo.
 CAppInfo* CRoundup::RecordOf(IRmxApp* app) const noexcept {
     if (app == nullptr || m_records == nullptr) return nullptr;
-    const auto first = reinterpret_cast<std::uintptr_t>(m_records.get());
-    const auto offset = reinterpret_cast<std::uintptr_t>(static_cast<CAppInfo*>(app)) - first;
+    const auto first = reinterpret_cast<std::uintptr_t>(static_cast<IRmxApp*>(m_records.get()));
+    const auto offset = reinterpret_cast<std::uintptr_t>(app) - first;
     const std::uintptr_t index = offset / sizeof(CAppInfo);
     if (offset % sizeof(CAppInfo) != 0 || index >= static_cast<std::uintptr_t>(m_recordCount)) return nullptr;
     return &m_records[index];

@@ -15,7 +15,8 @@
 namespace roundup {
 
 // States: created, armed by Init, operational with an observer, closed by Uninit. LoadApps, EnumApps and UnInstallApp
-// act only when operational. The host serialises its calls; no lock guards the fields.
+// act only when operational. The host serialises its calls; no lock guards the fields. But an observer may call back
+// from inside its operations, so what stands before a call to it need not stand after.
 class CRoundup final : public CKvObject<IRoundupProc> {
   public:
     // What memory is short for is missing afterwards, and Init leaves the object unarmed.
@@ -44,14 +45,17 @@ class CRoundup final : public CKvObject<IRoundupProc> {
     bool IsOperational() const noexcept { return m_ready && m_observer; }
     void DropRecords() noexcept;
     void DropAll();
+    void Tell(std::uint32_t percent);
+    std::int64_t LoadCatalogue();
     void FillRecords();
     void ReplayRecords();
     bool StartUninstall(CAppInfo& record);
     CAppInfo* RecordOf(IRmxApp* app) const noexcept;
 
-    std::unique_ptr<CExternFuncCall> m_bridge;
+    std::shared_ptr<CExternFuncCall> m_bridge;  // shared with a load that is under way
     RefPtr<IRoundupObserver> m_observer;
     bool m_ready = false;
+    bool m_loading = false;
     std::int32_t m_recordCount = 0;
     std::unique_ptr<CAppInfo[]> m_records;
     std::unique_ptr<CUnInstallManager> m_launcher;

@@ -6,19 +6,27 @@
 //     roundup->Init();
 //     roundup->SetObserver(&observer);           before or after Init
 //     roundup->LoadApps(0);                      OnProgress(10) ... OnProgress(100)
-//     roundup->EnumApps();                       OnAppInfo(record) for each application still there; any number of
-//     times roundup->UnInstallApp(record);             OnUnInstallDone(record, exit code); any number of times
+//     roundup->EnumApps();                       OnAppInfo(record) for each that is still there
+//     roundup->UnInstallApp(record);             OnUnInstallDone(record, exit code)
 //     roundup->Uninit();
 //     roundup->Release();
 //
-// Threads: calls on one IRoundupProc come from one thread at a time; the host sees to that. The observer is called on
-// the thread that is inside LoadApps or EnumApps, and OnUnInstallDone on a thread of its own for each uninstall, so
-// that these calls can overlap each other and everything else. Counts may be changed from every thread.
+// LoadApps, EnumApps and UnInstallApp may come any number of times. Calls in another order do no harm: each operation
+// says what it answers then.
 //
-// Ownership: the records belong to the facade. A pointer to one is good until the next LoadApps, Uninit or the last
-// Release of the facade, whichever comes first. The observer belongs to the host; the facade holds one reference to it
-// between SetObserver and the next SetObserver, Uninit or its own end. While uninstalls run the host keeps the
-// observer, the records and the module itself in place until each OnUnInstallDone has come.
+// The classes cross the module boundary as they are: a host is built by a compiler with the C++ ABI of the module's.
+//
+// Threads: calls on one IRoundupProc come from one thread at a time; the host sees to that, also for those that an
+// observer makes on the thread of an OnUnInstallDone. The observer is called on the thread that is inside LoadApps or
+// EnumApps, and OnUnInstallDone on a thread of its own for each uninstall, so that these calls can overlap each other
+// and everything else. An observer may call the facade from inside its operations; but LoadApps from inside OnProgress
+// answers -1. Counts may be changed from every thread.
+//
+// Ownership: objects end with Release, never with delete. The records belong to the facade: a pointer to one is good
+// until the next LoadApps, Uninit or the last Release of the facade, whichever comes first, and its count may go up and
+// down in pairs without effect on that. The observer belongs to the host; the facade holds one reference to it between
+// SetObserver and the next SetObserver, Uninit or its own end. While uninstalls run the host keeps the observer, the
+// records and the module itself in place until each OnUnInstallDone has come.
 //
 // Errors are return values; no operation throws.
 #pragma once

@@ -232,6 +232,53 @@ TEST_F(FacadeTest, Snapshot_KeepsApplicationsUntilTheNextLoad) {
     EXPECT_EQ(app->Release(), 1U);
 }
 
+// What a host may do while it is being called. Each would end in a crash if the facade relied on what it knew before.
+TEST_F(FacadeTest, CallsFromInsideTheObserver_AreSurvived) {
+    enum class Call { NoObserver, Close, GiveUp, Load };
+    const struct {
+        const char* at;
+        Call call;
+        std::int64_t loaded;  // what the outer LoadApps answers
+        Told after;           // what is told behind that call
+    } cases[] = {
+        {"10", Call::NoObserver, 0, {}},
+        {"98", Call::NoObserver, 0, {}},
+        {"one", Call::NoObserver, 0, {}},
+        {"10", Call::Close, -1, {}},
+        {"98", Call::Close, 0, {}},
+        {"one", Call::Close, 0, {}},
+        {"done 0", Call::Close, 0, {}},
+        {"10", Call::GiveUp, 0, {"20", "40", "50", "60", "70", "80", "90", "95", "98", "100"}},
+        {"one", Call::GiveUp, 0, {"two"}},
+        {"95", Call::Load, 0, {"98", "100", "one", "two", "done 0"}},
+        {"two", Call::Load, 0, {"10", "20", "40", "50", "60", "70", "80", "90", "95", "98", "100"}},
+    };
+    for (const auto& c : cases) {
+        auto* const facade = new CRoundup(RefPtr<IAppManager>(RefPtr<ScriptedManager>(m_manager)));
+        ScriptedObserver observer;
+        bool called = false;
+        observer.callBack = [&](std::string told) {
+            if (told != c.at || std::exchange(called, true)) return;
+            observer.Take();
+            if (c.call == Call::NoObserver) facade->SetObserver(nullptr);
+            if (c.call == Call::Close) facade->Uninit();
+            if (c.call == Call::GiveUp) facade->Release();
+            if (c.call == Call::Load) {
+                EXPECT_EQ(facade->LoadApps(0), told == "95" ? -1 : 0);
+            }
+        };
+        facade->Init();
+        facade->SetObserver(&observer);
+        EXPECT_EQ(facade->LoadApps(0), c.loaded) << c.at;
+        const auto gone = [&] { return called && c.call == Call::GiveUp; };
+        if (!gone()) facade->EnumApps();
+        if (!gone() && !observer.records.empty()) facade->UnInstallApp(observer.records.front());
+        EXPECT_EQ(observer.told, c.after) << c.at << " " << static_cast<int>(c.call);
+        if (!gone()) facade->Release();
+        EXPECT_EQ(observer.references, 1) << c.at;
+    }
+}
+
 TEST_F(FacadeTest, LoadThatRunsOutOfMemory_Fails) {
     Arm();
     m_manager->duringLoad = [] { throw std::bad_alloc(); };

@@ -54,6 +54,8 @@ class ScriptedObserver final : public IRoundupObserver {
     std::vector<std::string> told;
     std::vector<IRmxApp*> records;
     std::uint32_t cancelAt = 0;  // percent that is answered with 0
+    // What the host does when it is told that.
+    std::function<void(std::string)> callBack = [](std::string) {};
     std::int32_t references = 1;
     int releases = 0;
 
@@ -69,14 +71,17 @@ class ScriptedObserver final : public IRoundupObserver {
         std::string name;
         for (const char16_t* c = app->GetAppInfo()->wzName; *c != 0; ++c) name += static_cast<char>(*c);
         told.push_back(name);
+        callBack(name);
     }
     std::uint8_t OnProgress(std::uint32_t percent) override {
         told.push_back(std::to_string(percent));
+        callBack(told.back());
         return percent == cancelAt ? 0 : 1;
     }
     void OnUnInstallDone(IRmxApp* app, std::uint32_t exitCode) override {
         records.push_back(app);
         told.push_back("done " + std::to_string(exitCode));
+        callBack(told.back());
     }
     std::vector<std::string> Take() {
         records.clear();
