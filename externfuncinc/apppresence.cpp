@@ -68,8 +68,9 @@ bool CExternFuncCall::IsProductPresent(const AppRecordEx& record) const {
     for (auto rc = userData.EnumKey(account); Small(rc) != SmallCode::NoMoreItems; rc = userData.EnumKey(account)) {
         if (Failed(rc)) continue;
         FixedText<520> path;
-        FormatText(path, u"%s\\%s\\Products\\%s", kUserData, account, packed);
-        if (KeyOpens(kHkeyLocalMachine, path, m_is64Bit)) return true;
+        // A path that was cut would name another key, and that one may be there.
+        const bool whole = FormatText(path, u"%s\\%s\\Products\\%s", kUserData, account, packed);
+        if (whole && KeyOpens(kHkeyLocalMachine, path, m_is64Bit)) return true;
     }
     return false;
 }
