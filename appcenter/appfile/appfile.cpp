@@ -1,12 +1,14 @@
 #include "appcenter/appfile/appfile.h"
 
 #include "platform/machine.h"
+#include "utility/boundary.h"
 
 namespace roundup {
 
 CWFYFile::~CWFYFile() {
+    if (!IsTemporary() || pwszPath.IsNull()) return;
     // A file that cannot be deleted, or has gone already, is no concern of the object.
-    if (IsTemporary() && !pwszPath.IsNull()) (void)CurrentMachine().Files().Delete(pwszPath.Get());
+    AtBoundary([this] { (void)CurrentMachine().Files().Delete(pwszPath.Get()); }, [] {});
 }
 
 bool CWFYFile::IsTemporary() const noexcept {
