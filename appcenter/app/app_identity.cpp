@@ -65,7 +65,7 @@ void CApp::MergeFrom(CApp& source) {
     CopyWhenEmpty(pwszType, source.pwszType);
     CopyWhenEmpty(pwszTypeDes, source.pwszTypeDes);
     RelatedCodes.insert(source.RelatedCodes.begin(), source.RelatedCodes.end());
-    // The smaller of two sizes that registry entries tell is taken for the better one, unless a gather has measured.
+    // An application that was gathered has a size of its own, which only a smaller one replaces.
     if (source.llEstimatedSize > 0 && (llEstimatedSize > source.llEstimatedSize || llGatheredSize < 1)) {
         llEstimatedSize = source.llEstimatedSize;
     }

@@ -4,6 +4,7 @@
 #include <memory>
 #include <new>
 #include <span>
+#include <vector>
 
 #include "appcenter/app/app.h"
 #include "appcenter/app/app_record.h"
@@ -37,9 +38,22 @@ ResultCode ReadFile(RecordReader& reader, CWFYFile& file) {
 }  // namespace
 
 // Fills one application, and by recursion those below it.
+//
+// The object of a temporary file deletes what its path names. A read that fails must delete nothing: the record may be
+// hostile, or the copy of an application whose files are still in use. So these files are marked as staying until the
+// outermost record has been read to its end.
 class CApp::RecordLoader {
   public:
-    explicit RecordLoader(std::uint32_t depth) noexcept : m_depth(depth) {}
+    static ResultCode LoadWhole(CApp& app, RecordReader& reader) {
+        std::vector<CWFYFile*> temporary;
+        if (auto rc = RecordLoader(0, temporary).Load(app, reader); Failed(rc)) return PassQuiet(rc);
+        for (CWFYFile* file : temporary) file->dwFlags &= ~FileFlags::kStaysOnDisk;
+        return kSuccess;
+    }
+
+  private:
+    RecordLoader(std::uint32_t depth, std::vector<CWFYFile*>& temporary) noexcept
+        : m_depth(depth), m_temporary(temporary) {}
 
     ResultCode Load(CApp& app, RecordReader& reader) {
         std::uint32_t total = 0;
@@ -54,7 +68,6 @@ class CApp::RecordLoader {
         return LoadTail(app, reader);
     }
 
-  private:
     static ResultCode LoadHead(CApp& app, RecordReader& reader) {
         if (auto rc = reader.ReadText(app.pwszName, true); Failed(rc)) return Pass(rc);
         if (auto rc = reader.ReadText(app.pwszKeyString, true); Failed(rc)) return Pass(rc);
@@ -83,12 +96,16 @@ class CApp::RecordLoader {
         return kSuccess;
     }
 
-    static ResultCode LoadFiles(CApp& app, RecordReader& reader) {
+    ResultCode LoadFiles(CApp& app, RecordReader& reader) const {
         std::uint32_t count = 0;
         if (auto rc = reader.Read(count); Failed(rc)) return Pass(rc);
         for (; count > 0; --count) {
             auto file = std::make_unique<CWFYFile>();
             if (auto rc = ReadFile(reader, *file); Failed(rc)) return Pass(rc);
+            if (file->IsTemporary()) {
+                file->dwFlags |= FileFlags::kStaysOnDisk;
+                m_temporary.push_back(file.get());
+            }
             app.Files.push_back(std::move(file));
             app.KeepStoreFile(*app.Files.back());
         }
@@ -115,7 +132,7 @@ class CApp::RecordLoader {
             std::span<const std::byte> consumed;
             auto sub = RefPtr<CApp>::Adopt(new (std::nothrow) CApp);
             if (!sub) return Fail(SmallCode::ObjectAllocation);
-            if (auto rc = RecordLoader(m_depth + 1).Load(*sub, below); Failed(rc)) return Pass(rc);
+            if (auto rc = RecordLoader(m_depth + 1, m_temporary).Load(*sub, below); Failed(rc)) return Pass(rc);
             if (auto rc = reader.ReadBytes(below.Position(), consumed); Failed(rc)) return Pass(rc);
             app.SubApps.emplace_back(std::move(sub));
         }
@@ -134,13 +151,14 @@ class CApp::RecordLoader {
     }
 
     const std::uint32_t m_depth;  // levels above this record
+    std::vector<CWFYFile*>& m_temporary;
 };
 
 ResultCode CApp::ReSerialize(const std::byte* buffer, std::uint32_t size, std::uint32_t& count) {
     count = 0;
     if (buffer == nullptr) return Fail(SmallCode::BadArgument);
     RecordReader reader({buffer, size});
-    auto rc = AtBoundary([&] { return RecordLoader(0).Load(*this, reader); },
+    auto rc = AtBoundary([&] { return RecordLoader::LoadWhole(*this, reader); },
                          [] { return Fail(SmallCode::ObjectAllocation); });
     if (Failed(rc)) return Pass(rc);
     count = static_cast<std::uint32_t>(reader.Position());

@@ -16,7 +16,11 @@ void PutFile(Sink& sink, const CWFYFile& file) {
     if (file.pwszPath.IsEmpty()) return;
     sink.Put(kFileMagic);
     sink.PutText(file.pwszPath);
-    sink.PutText(file.pwszShortPath);
+    if (file.pwszShortPath.IsEmpty()) {
+        sink.Put(std::uint32_t{0});
+    } else {
+        sink.PutText(file.pwszShortPath);
+    }
     sink.Put(file.llSize);
     sink.Put(file.dwType);
     sink.Put(file.dwFlags);

@@ -37,6 +37,8 @@ ResultCode RecordReader::ReadText(OwnedString& text, bool needed) noexcept {
     if (bytes[size - 1] != std::byte{0} || bytes[size - 2] != std::byte{0}) return Fail(SmallCode::BadArgument, size);
     if (!text.Allocate(length)) return Fail(SmallCode::ObjectAllocation, size);
     std::memcpy(text.Data(), bytes.data(), length * sizeof(char16_t));
+    // A stored text may have a zero inside, where the platform would take it for ended.
+    text.Measure();
     return kSuccess;
 }
 

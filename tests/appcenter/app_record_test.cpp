@@ -84,6 +84,7 @@ class AppRecordTest : public MachineTest {
         app->dwIconDataSize = 3;
         std::memcpy(app->pIconData.get(), "\xAA\xBB\xCC", 3);
         app->Files.push_back(File(u"C:\\a", 5, FileType::kOrdinary, FileFlags::k64BitImage));
+        app->Files[0]->pwszShortPath = OwnedString(u"");  // of a file, empty and null are stored alike
         app->Files.push_back(File(u"C:\\b", 6, FileType::kConfig, FileFlags::kStaysOnDisk));
         app->Files[1]->pwszShortPath = OwnedString(u"s");
         app->Files[1]->SetAlias(u"a");
@@ -166,6 +167,54 @@ TEST_F(AppRecordTest, TruncatedRecord_FailsAtEveryByte) {
         const SmallCode code = Read(other, shortened);
         EXPECT_TRUE(code == SmallCode::BadArgument || (code == SmallCode::Success && size > bytes.size() - 40)) << size;
     }
+}
+
+// The objects of temporary files delete what they name; a record that breaks off must not reach the disk, wherever in
+// the nest its files are. One that is whole owns them.
+TEST_F(AppRecordTest, TemporaryFilesOfARecord_GoOnlyWithAWholeOne) {
+    RefPtr<CApp> source = Named(u"n", u"k");
+    for (const std::u16string_view name : {u"first", u"second"}) {
+        source->SubApps.push_back(Named(name, name));
+        auto* const sub = dynamic_cast<CApp*>(source->SubApps.back().Get());
+        sub->Files.push_back(File(u"C:\\Temp\\a.cfg", 1, FileType::kConfig, FileFlags::kStaysOnDisk));
+    }
+    Bytes bytes = Write(*source);
+    // The flags of both files, now without the mark that they stay.
+    const Bytes kept = FromHex("00000000 80000000");
+    for (auto at = bytes.begin(); (at = std::search(at, bytes.end(), kept.begin(), kept.end())) != bytes.end();) {
+        at[4] = std::byte{0};
+    }
+    builder.File(u"C:\\Temp\\a.cfg", "x");
+    IFileSystem& files = Start().Files();
+    const auto isThere = [&files] { return files.GetAttributes(u"C:\\Temp\\a.cfg") != kInvalidAttributes; };
+    for (std::size_t size = 0; size < bytes.size(); ++size) {
+        CApp app;
+        EXPECT_EQ(Read(app, Bytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size))),
+                  SmallCode::BadArgument);
+    }
+    Bytes broken = bytes;
+    broken[broken.size() - 4] = std::byte{0xFF};
+    {
+        CApp app;
+        EXPECT_EQ(Read(app, broken), SmallCode::BadArgument) << "the last text";
+    }
+    EXPECT_TRUE(isThere());
+    {
+        CApp app;
+        EXPECT_EQ(Read(app, bytes), SmallCode::Success);
+        EXPECT_TRUE(isThere());
+        EXPECT_EQ(Write(app), bytes) << "the mark was for the time of reading";
+    }
+    EXPECT_FALSE(isThere());
+}
+
+// What a text holds behind a zero is not seen by the platform, and must not be seen by the system either.
+TEST_F(AppRecordTest, TextWithAZeroInside_EndsThere) {
+    Bytes bytes = Write(*Named(u"na", u"key"));
+    bytes[8 + 4 + 2] = std::byte{0};
+    CApp app;
+    EXPECT_EQ(Read(app, bytes), SmallCode::Success);
+    EXPECT_EQ(app.pwszName.Length(), 1U);
 }
 
 TEST_F(AppRecordTest, CorruptRecord_FailsOrReadsWithoutHarm) {
