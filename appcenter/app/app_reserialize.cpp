@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "appcenter/app/app.h"
-#include "appcenter/app/app_record.h"
+#include "appcenter/app/recordformat.h"
 #include "appcenter/app/recordreader.h"
 #include "utility/boundary.h"
 

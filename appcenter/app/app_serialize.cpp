@@ -2,7 +2,7 @@
 #include <limits>
 
 #include "appcenter/app/app.h"
-#include "appcenter/app/app_record.h"
+#include "appcenter/app/recordformat.h"
 #include "appcenter/app/recordwriter.h"
 #include "utility/boundary.h"
 #include "utility/stringcontainers.h"

@@ -1,5 +1,3 @@
-#include "appcenter/app/app_record.h"
-
 #include <algorithm>
 #include <cstring>
 #include <random>
@@ -7,6 +5,7 @@
 #include <vector>
 
 #include "appcenter/app/app.h"
+#include "appcenter/app/recordformat.h"
 #include "tests/support/machinetest.h"
 
 namespace roundup {
