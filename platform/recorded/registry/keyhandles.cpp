@@ -36,7 +36,7 @@ KeyHandle KeyHandles::Add(const OpenKeyState& state) {
         Slot* const slot = TakeSlot(shard, index);
         if (slot == nullptr) continue;
         slot->merged = std::move(merged);
-        // Released, so that who reads one of these also sees that the slot's former handle is gone.
+        // Released, so that who sees them sees, too, that the slot's former handle is gone.
         slot->node.store(state.key.node, std::memory_order_release);
         slot->other.store(state.key.other, std::memory_order_release);
         slot->rest.store(std::uint64_t{state.access} << 32 | static_cast<std::uint64_t>(state.key.kind) << 8 |
