@@ -2,7 +2,7 @@
 # Checks everything: sources, native builds, sanitizers, fuzz targets, Windows builds under Wine.
 #
 #   ./test.sh                    all
-#   ./test.sh checks asan ...    some of: checks native asan tsan fuzz tidy windows
+#   ./test.sh checks asan ...    some of: checks native prefix asan tsan fuzz tidy windows
 #
 # Every step runs, also when one before it failed. Logs of the steps lie in build/test-logs. The last line is
 # "N passed, N failed", counted in steps; the exit status is 1 when one failed.
@@ -15,7 +15,7 @@ jobs=$(nproc)
 # Clones in different folders share what the compiler cache holds.
 export CCACHE_BASEDIR=$root CCACHE_NOHASHDIR=1
 groups=("$@")
-((${#groups[@]})) || groups=(checks native asan tsan fuzz tidy windows)
+((${#groups[@]})) || groups=(checks native prefix asan tsan fuzz tidy windows)
 
 passed=0
 failures=()
@@ -107,6 +107,17 @@ run_native() {
         not_run release/ctest release/build
     fi
     step release/exports tools/check-exports build/release/bin/libroundup.so
+}
+
+# Real installers run in a Wine prefix; what the program reads of it from outside is what its registry says inside.
+run_prefix() {
+    local program=build/release/bin/roundup
+    [[ -x $program ]] || build release || return
+    if step prefix/make tools/make-sample.sh --prefix "$scratch/sample"; then
+        step prefix/compare tools/check-prefix "$program" "$scratch/sample"
+    else
+        not_run prefix/compare prefix/make
+    fi
 }
 
 run_tidy() {
