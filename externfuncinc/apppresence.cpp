@@ -37,7 +37,7 @@ bool ReadUninstallString(const AppRecordEx& record, bool is64Bit, OwnedString& c
 }  // namespace
 
 bool CExternFuncCall::IsAppPresent(const IApp& app) const {
-    AppRecordEx record;
+    AppRecordEx record{};
     app.FillAppInfo(record);
     if (app.IsAppx() == 1) return IsPackagePresent(record);
     if ((record.qwFlags & AppFlags::kWindowsInstaller) != 0) return IsProductPresent(record);
@@ -79,7 +79,7 @@ bool CExternFuncCall::GetUninstallCommand(std::int32_t index, OwnedString& comma
     hidden = 0;
     const IApp* const app = At(index);
     if (app == nullptr || !IsAppPresent(*app)) return false;
-    AppRecordEx record;
+    AppRecordEx record{};
     app->FillAppInfo(record);
     if ((record.qwFlags & AppFlags::kStorePackage) != 0) {
         hidden = 1;

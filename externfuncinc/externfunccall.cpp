@@ -46,7 +46,7 @@ bool CExternFuncCall::FillRecord(_RoundupAppInfo_* record, std::int32_t index) c
     CopyText(record->wzName, app->GetName());
     CopyText(record->wzPublisher, app->GetPublisher());
     CopyText(record->wzInstallDate, app->GetInstallDate());
-    AppRecordEx inner;
+    AppRecordEx inner{};
     app->FillAppInfo(inner);
     CopyText(record->wzKeyString, inner.wzKeyString);
     CopyText(record->wzInstallLoc, inner.wzInstallLoc);

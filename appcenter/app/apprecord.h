@@ -24,8 +24,8 @@ struct AppFlags {
     static constexpr std::uint64_t k64BitView = 0x200;    // the entry was read through the 64-bit view
 };
 
-// Never leaves the module. Texts are zero-terminated and empty where the application has none. A record comes into
-// being without a content: FillAppInfo writes it whole, once.
+// Never leaves the module. Texts are zero-terminated and empty where the application has none. Whoever
+// makes a record clears it with {}: not every application fills every field.
 struct AppRecordEx {
     Guid code;
     char16_t wzName[kRecordTextSize];

@@ -49,7 +49,8 @@ class IApp : public IKvObject {
     // Null and 0 without an icon; else an icon file of one image.
     virtual const std::byte* GetIconData() const = 0;
     virtual std::uint32_t GetIconDataSize() const = 0;
-    // Writes the whole record.
+    // Fills the record. A store package leaves wzType and wzOriginalInstallLoc, of which it knows nothing, as they
+    // were: the caller brings a record that was cleared.
     virtual void FillAppInfo(AppRecordEx& record) const = 0;
     // The directory of that place, in the order of the set; null past the end.
     virtual const char16_t* GetDirectory(std::uint32_t index) const = 0;

@@ -44,7 +44,7 @@ RefPtr<IApp> CAppManager::FindApp(std::u16string_view key, std::u16string_view n
 
 // A package tells its full name as the key string of its record.
 RefPtr<IApp> CAppManager::FindPackage(std::u16string_view fullName) {
-    const auto record = std::make_unique_for_overwrite<AppRecordEx>();
+    const auto record = std::make_unique<AppRecordEx>();
     const LockGuard guard(m_lock);
     const auto found = std::ranges::find_if(m_packages, [&record, fullName](const RefPtr<IApp>& app) {
         app->FillAppInfo(*record);
