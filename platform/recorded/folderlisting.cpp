@@ -4,6 +4,8 @@
 #include <bit>
 
 #include "platform/filesystem.h"
+#include "platform/recorded/hostfs.h"
+#include "platform/recorded/registry/foldedname.h"
 #include "platform/recorded/winpath.h"
 
 namespace roundup {
@@ -38,9 +40,14 @@ std::uint32_t DefaultAttributes(SourceKind kind) noexcept {
     return kind == SourceKind::Link ? kAttributeArchive | kAttributeReparsePoint : kAttributeArchive;
 }
 
-std::uint32_t ShortHash(std::u16string_view name) noexcept {
-    const std::uint64_t hash = HashNoCase(name);
-    return static_cast<std::uint32_t>(hash ^ (hash >> 32));
+// Hashes are keyed by a secret of the process, so that a source cannot choose names that collide.
+std::uint64_t Seed() noexcept {
+    static const std::uint64_t seed = [] {
+        std::uint64_t random = 0;
+        (void)HostRandom(&random, sizeof random);
+        return random;
+    }();
+    return seed;
 }
 
 }  // namespace
@@ -81,7 +88,7 @@ void FolderNode::Listing::Index() {
     m_slots.resize(std::bit_ceil(m_count * 2));
     const std::size_t mask = m_slots.size() - 1;
     for (std::size_t i = 0; i < m_count; ++i) {
-        const std::uint32_t hash = ShortHash(m_entries[i].name);
+        const std::uint32_t hash = FoldedName(m_entries[i].name, Seed()).Hash();
         std::size_t place = hash & mask;
         while (m_slots[place].index != 0) place = (place + 1) & mask;
         m_slots[place] = {hash, static_cast<std::uint32_t>(i + 1)};
@@ -90,7 +97,8 @@ void FolderNode::Listing::Index() {
 
 FileEntry* FolderNode::Listing::Find(std::u16string_view name) const noexcept {
     if (m_count == 0) return nullptr;
-    const std::uint32_t hash = ShortHash(name);
+    const FoldedName folded(name, Seed());
+    const std::uint32_t hash = folded.Hash();
     const std::size_t mask = m_slots.size() - 1;
     for (std::size_t place = hash & mask; m_slots[place].index != 0; place = (place + 1) & mask) {
         if (m_slots[place].hash != hash) continue;

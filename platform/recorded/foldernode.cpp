@@ -22,18 +22,19 @@ FolderNode& FolderNode::Of(FileEntry& entry, IFileSource* source) {
     return *fresh.release();
 }
 
+// Filled from its end, since the way goes up.
 std::u16string FolderNode::SourcePath() const {
-    std::vector<std::u16string_view> names;
     std::size_t length = 0;
     for (const FolderNode* node = this; node->m_self.parent != nullptr; node = node->m_self.parent) {
-        names.push_back(node->m_self.name);
-        length += node->m_self.name.size() + 1;
+        length += node->m_self.name.size() + (length != 0 ? 1 : 0);
     }
-    std::u16string path;
-    path.reserve(length);
-    for (auto name = names.rbegin(); name != names.rend(); ++name) {
-        if (!path.empty()) path.push_back(u'\\');
-        path.append(*name);
+    std::u16string path(length, u'\\');
+    std::size_t end = length;
+    for (const FolderNode* node = this; node->m_self.parent != nullptr; node = node->m_self.parent) {
+        const std::u16string_view name = node->m_self.name;
+        end -= name.size();
+        path.replace(end, name.size(), name);
+        if (end != 0) --end;
     }
     return path;
 }
@@ -117,6 +118,7 @@ FileEntry* FolderNode::Add(std::u16string_view name, SourceKind kind, std::share
     std::unique_ptr<WrittenEntry>& place = changes.names[entry->text];
     if (place) changes.shadowed.push_back(std::move(place));
     place = std::move(entry);
+    NamesChanged();
     return place.get();
 }
 
@@ -128,6 +130,7 @@ bool FolderNode::Remove(const FileEntry& entry) {
     std::unique_ptr<WrittenEntry>& place = changes.names[name];
     if (place) changes.shadowed.push_back(std::move(place));
     if (Listed().Find(name) == nullptr) changes.names.erase(name);
+    NamesChanged();
     return true;
 }
 
@@ -137,6 +140,7 @@ void FolderNode::AddShortName(std::u16string_view shortName, FileEntry& entry) {
     changes.shortNames.insert_or_assign(std::u16string(shortName), std::u16string(entry.name));
     if (!entry.extras) entry.extras = std::make_shared<EntryExtras>();
     entry.extras->shortName = shortName;
+    NamesChanged();
 }
 
 }  // namespace roundup

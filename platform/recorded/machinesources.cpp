@@ -68,7 +68,7 @@ std::optional<std::string> FindBelow(HostFolder& folder, std::initializer_list<s
             if (better) found = &entry.name;
         }
         if (found == nullptr) return std::nullopt;
-        path = path.empty() ? *found : path + "/" + *found;
+        path.append(path.empty() ? "" : "/").append(*found);
     }
     return path;
 }
