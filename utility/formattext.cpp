@@ -200,7 +200,8 @@ class Run {
         const std::uint64_t base = isHex ? 16 : 10;
         char16_t digits[20];
         std::size_t first = std::size(digits);
-        for (std::uint64_t rest = value; rest != 0; rest /= base) digits[--first] = alphabet[static_cast<std::size_t>(rest % base)];
+        for (std::uint64_t rest = value; rest != 0; rest /= base)
+            digits[--first] = alphabet[static_cast<std::size_t>(rest % base)];
         // Zero has one digit, but for a precision of 0, which gives none.
         if (value == 0 && !(c.hasPrecision && c.precision == 0)) digits[--first] = u'0';
 

@@ -25,7 +25,8 @@ std::uint64_t PathChecksum(const void* bytes, std::size_t size) noexcept {
     std::uint64_t checksum = kStart;
     if (bytes == nullptr) return checksum;
     const auto* data = static_cast<const std::uint8_t*>(bytes);
-    for (std::size_t i = 0; i < size; ++i) checksum = kTable[static_cast<std::uint8_t>(checksum ^ data[i])] ^ (checksum >> 8);
+    for (std::size_t i = 0; i < size; ++i)
+        checksum = kTable[static_cast<std::uint8_t>(checksum ^ data[i])] ^ (checksum >> 8);
     return checksum;
 }
 

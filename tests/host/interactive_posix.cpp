@@ -80,7 +80,8 @@ TEST(Terminal, ListAtATerminal_DrawsTheBarAndKeepsToItsWidth) {
         const Session session = RunAtTerminal(folder / "machine", static_cast<unsigned short>(columns), false);
         EXPECT_EQ(session.status, 0);
         EXPECT_NE(session.screen.find("] 100%"), std::string::npos);
-        for (const std::string& line : Lines(session.screen)) EXPECT_LE(host::Columns(line), static_cast<std::size_t>(columns)) << line;
+        for (const std::string& line : Lines(session.screen))
+            EXPECT_LE(host::Columns(line), static_cast<std::size_t>(columns)) << line;
         EXPECT_NE(session.screen.find("App2"), std::string::npos) << "the key is what other commands take";
     }
 }

@@ -1,11 +1,11 @@
-#include "tests/host/runprogram.h"
-
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+
+#include "tests/host/runprogram.h"
 
 namespace roundup {
 
