@@ -1,6 +1,7 @@
 #include "platform/recorded/registry/arena.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 namespace roundup {
@@ -24,6 +25,31 @@ void* Arena::AllocateSlow(std::size_t bytes) {
     m_size = next;
     m_used = bytes;
     return m_block;
+}
+
+// Rounds the size up to that of its class.
+std::size_t Arena::ClassOf(std::size_t& bytes) noexcept {
+    if (bytes <= kSmallClasses * 16) {
+        const std::size_t steps = std::max<std::size_t>((bytes + 15) / 16, 1);
+        bytes = steps * 16;
+        return steps - 1;
+    }
+    bytes = std::bit_ceil(bytes);
+    return kSmallClasses + std::min<std::size_t>(static_cast<std::size_t>(std::countr_zero(bytes)) - 11, 31);
+}
+
+void* Arena::AllocateReusable(std::size_t bytes) {
+    if (bytes > static_cast<std::size_t>(-1) / 4) throw std::bad_alloc();
+    FreeArray*& free = m_free[ClassOf(bytes)];
+    if (free == nullptr) return Allocate(bytes, alignof(void*));
+    FreeArray* const array = free;
+    free = array->next;
+    return array;
+}
+
+void Arena::ReturnReusable(void* array, std::size_t bytes) noexcept {
+    FreeArray*& free = m_free[ClassOf(bytes)];
+    free = new (array) FreeArray{free};
 }
 
 const char16_t* Arena::CopyText(std::u16string_view text) {

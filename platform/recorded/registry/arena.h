@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <new>
 #include <string_view>
@@ -41,17 +42,39 @@ class Arena {
         return new (Allocate(sizeof(T), alignof(T))) T();
     }
 
+    // As Array, for what grows: Return hands an outgrown array back, and the next one of its size gets its place.
+    template <class T>
+    T* Reusable(std::size_t count) {
+        static_assert(std::is_trivially_destructible_v<T> && alignof(T) <= alignof(void*));
+        return static_cast<T*>(AllocateReusable(count * sizeof(T)));
+    }
+    template <class T>
+    void Return(T* array, std::size_t count) noexcept {
+        if (array != nullptr) ReturnReusable(array, count * sizeof(T));
+    }
+
     // A copy without a terminator, never null.
     const char16_t* CopyText(std::u16string_view text);
     std::byte* CopyBytes(const void* data, std::size_t size);
 
   private:
+    struct FreeArray {
+        FreeArray* next;
+    };
+    // Sizes in steps of 16 bytes up to 1 KiB, then powers of two.
+    static constexpr std::size_t kSmallClasses = 64;
+    static constexpr std::size_t kClasses = kSmallClasses + 32;
+
+    static std::size_t ClassOf(std::size_t& bytes) noexcept;
     void* AllocateSlow(std::size_t bytes);
+    void* AllocateReusable(std::size_t bytes);
+    void ReturnReusable(void* array, std::size_t bytes) noexcept;
 
     std::vector<std::unique_ptr<std::byte[]>> m_blocks;
     std::byte* m_block = nullptr;
     std::size_t m_used = 0;
     std::size_t m_size = 0;
+    FreeArray* m_free[kClasses] = {};
 };
 
 }  // namespace roundup

@@ -42,7 +42,7 @@ struct RegistryNode {
     const char16_t* folded = nullptr;  // upper-cased
 
     RegistryChild* children = nullptr;    // in the order of their coming until one goes
-    std::uint32_t* childIndex = nullptr;  // hash table of positions in children, once there are more than a few
+    std::uint32_t* childIndex = nullptr;  // finds positions in children, see positionindex.h
     RegistryValue* values = nullptr;      // in the order of their coming, deleted ones among them
     std::uint32_t* valueIndex = nullptr;  // as childIndex
     // What enumerations answer from, made when first asked for and valid while the flag says so. Not needed as long

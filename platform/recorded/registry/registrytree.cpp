@@ -10,7 +10,8 @@ namespace roundup {
 
 namespace {
 
-constexpr std::uint32_t kFirstCapacity = 4;
+constexpr std::size_t kLongestSharedName = 64;
+constexpr std::size_t kFirstNames = 256;
 
 std::uint64_t RandomSeed() {
     std::random_device device;
@@ -26,6 +27,34 @@ std::optional<std::uint32_t> FindValuePosition(const RegistryNode& node, const F
     return position_index::Find(
         node.valueIndex, node.valueCapacity, node.values, node.valueCount, name.Hash(),
         [&name](const RegistryValue& value) { return value.name != nullptr && name.Matches(value.Name()); });
+}
+
+// Enumerations go on with the next key, which lies anywhere in memory: what is read of it first is on its way by then.
+void PrefetchFor(RegistryNode* const* enumerated) noexcept {
+    const RegistryNode* const next = enumerated[1];
+    __builtin_prefetch(enumerated[2]);
+    __builtin_prefetch(reinterpret_cast<const std::byte*>(enumerated[2]) + 64);
+    if (next->fill.load(std::memory_order_acquire) == FillState::Pending) return;
+    __builtin_prefetch(next->folded);
+    __builtin_prefetch(next->valueIndex);
+    __builtin_prefetch(next->values);
+    __builtin_prefetch(next->values + 2);
+    __builtin_prefetch(next->values + 4);
+}
+
+// Moves an array with its index to a larger one.
+template <class Entry>
+void Grow(Arena& arena, Entry*& entries, std::uint32_t*& index, std::uint32_t& capacity, std::uint32_t count) {
+    const std::uint32_t larger = position_index::NextCapacity(capacity);
+    Entry* const newEntries = arena.Reusable<Entry>(larger);
+    std::uint32_t* const newIndex = arena.Reusable<std::uint32_t>(position_index::SlotCount(larger));
+    std::copy_n(entries, count, newEntries);
+    position_index::Rebuild(newIndex, larger, newEntries, count);
+    arena.Return(entries, capacity);
+    arena.Return(index, position_index::SlotCount(capacity));
+    entries = newEntries;
+    index = newIndex;
+    capacity = larger;
 }
 
 // Marks all that lies below the key, without recursion: the depth is the source's choice.
@@ -68,7 +97,9 @@ RegistryNode* RegistryTree::ChildAt(RegistryNode& node, std::uint32_t index) {
     if (index >= node.childCount) return nullptr;
     if (node.childrenInOrder) return node.children[index].node;
     if (!node.childOrderReady.load(std::memory_order_acquire)) OrderChildren(node);
-    return node.childOrder[index];
+    RegistryNode* const* const at = node.childOrder + index;
+    if (node.childCount - index > 2) PrefetchFor(at);
+    return *at;
 }
 
 const RegistryValue* RegistryTree::FindValue(RegistryNode& node, const FoldedName& name) {
@@ -126,9 +157,7 @@ bool RegistryTree::DeleteValue(RegistryNode& node, const FoldedName& name) {
             std::remove_if(node.values, end, [](const RegistryValue& value) { return value.name == nullptr; });
         node.valueCount = static_cast<std::uint32_t>(live - node.values);
         node.deletedValues = 0;
-        if (node.valueIndex != nullptr) {
-            position_index::Rebuild(node.valueIndex, node.valueCapacity, node.values, node.valueCount);
-        }
+        position_index::Rebuild(node.valueIndex, node.valueCapacity, node.values, node.valueCount);
     }
     return true;
 }
@@ -228,9 +257,7 @@ void RegistryTree::LinkChild(RegistryNode& node, RegistryNode& child) {
         }
     }
     node.children[node.childCount] = {&child, child.hash};
-    if (node.childIndex != nullptr) {
-        position_index::Put(node.childIndex, node.childCapacity, child.hash, node.childCount);
-    }
+    position_index::Put(node.childIndex, node.childCapacity, child.hash, node.childCount);
     ++node.childCount;
     if (child.Folded() == u"WOW6432NODE") node.redirects = true;
     node.longestChild = std::max(node.longestChild, child.nameLength);
@@ -248,14 +275,7 @@ void RegistryTree::UnlinkChild(RegistryNode& child) {
         RegistryNode** const at = std::lower_bound(node.childOrder, end, &child, Before());
         std::move(at + 1, end, at);
     }
-    if (node.childIndex != nullptr) {
-        position_index::Remove(node.childIndex, node.childCapacity, node.children, position);
-        if (position != last) {
-            const std::uint32_t slot =
-                position_index::SlotOf(node.childIndex, node.childCapacity, node.children[last].hash, last);
-            node.childIndex[slot] = position + 1;
-        }
-    }
+    position_index::MoveLast(node.childIndex, node.childCapacity, node.children, position, last);
     if (position != last) {
         node.children[position] = node.children[last];
         node.childrenInOrder = false;
@@ -264,29 +284,40 @@ void RegistryTree::UnlinkChild(RegistryNode& child) {
 }
 
 void RegistryTree::GrowChildren(RegistryNode& node) {
-    const std::uint32_t capacity = std::max(kFirstCapacity, node.childCapacity * 2);
-    RegistryChild* const children = m_arena.Array<RegistryChild>(capacity);
-    std::uint32_t* const index = capacity > position_index::kLinearCapacity
-                                     ? m_arena.Array<std::uint32_t>(position_index::SlotCount(capacity))
-                                     : nullptr;
-    std::copy_n(node.children, node.childCount, children);
-    if (index != nullptr) position_index::Rebuild(index, capacity, children, node.childCount);
-    node.children = children;
-    node.childIndex = index;
-    node.childCapacity = capacity;
+    Grow(m_arena, node.children, node.childIndex, node.childCapacity, node.childCount);
 }
 
 void RegistryTree::GrowValues(RegistryNode& node) {
-    const std::uint32_t capacity = std::max(kFirstCapacity, node.valueCapacity * 2);
-    RegistryValue* const values = m_arena.Array<RegistryValue>(capacity);
-    std::uint32_t* const index = capacity > position_index::kLinearCapacity
-                                     ? m_arena.Array<std::uint32_t>(position_index::SlotCount(capacity))
-                                     : nullptr;
-    std::copy_n(node.values, node.valueCount, values);
-    if (index != nullptr) position_index::Rebuild(index, capacity, values, node.valueCount);
-    node.values = values;
-    node.valueIndex = index;
-    node.valueCapacity = capacity;
+    Grow(m_arena, node.values, node.valueIndex, node.valueCapacity, node.valueCount);
+}
+
+// Value names repeat from key to key, so each stands in memory once; a name that is much longer than those is kept
+// apart.
+const char16_t* RegistryTree::ValueName(const FoldedName& name) {
+    const std::u16string_view text = name.Original();
+    if (text.size() > kLongestSharedName) return m_arena.CopyText(text);
+    if (m_nameCount * 2 >= m_names.size()) GrowNames();
+    const std::size_t mask = m_names.size() - 1;
+    std::size_t at = name.Hash() & mask;
+    for (; m_names[at].text != nullptr; at = (at + 1) & mask) {
+        const SharedName& shared = m_names[at];
+        if (shared.hash == name.Hash() && std::u16string_view(shared.text, shared.length) == text) return shared.text;
+    }
+    m_names[at] = {m_arena.CopyText(text), static_cast<std::uint32_t>(text.size()), name.Hash()};
+    ++m_nameCount;
+    return m_names[at].text;
+}
+
+void RegistryTree::GrowNames() {
+    std::vector<SharedName> names(std::max(kFirstNames, m_names.size() * 2));
+    const std::size_t mask = names.size() - 1;
+    for (const SharedName& name : m_names) {
+        if (name.text == nullptr) continue;
+        std::size_t at = name.hash & mask;
+        while (names[at].text != nullptr) at = (at + 1) & mask;
+        names[at] = name;
+    }
+    m_names.swap(names);
 }
 
 void RegistryTree::PutValue(RegistryNode& node, const FoldedName& name, std::uint32_t type, const void* data,
@@ -305,16 +336,14 @@ void RegistryTree::PutValue(RegistryNode& node, const FoldedName& name, std::uin
     }
     if (node.valueCount == node.valueCapacity) GrowValues(node);
     RegistryValue value;
-    value.name = m_arena.CopyText(name.Original());
+    value.name = ValueName(name);
     value.data = m_arena.CopyBytes(data, size);
     value.nameLength = static_cast<std::uint32_t>(name.Original().size());
     value.hash = name.Hash();
     value.type = type;
     value.size = size;
     node.values[node.valueCount] = value;
-    if (node.valueIndex != nullptr) {
-        position_index::Put(node.valueIndex, node.valueCapacity, value.hash, node.valueCount);
-    }
+    position_index::Put(node.valueIndex, node.valueCapacity, value.hash, node.valueCount);
     ++node.valueCount;
     node.longestValueName = std::max(node.longestValueName, value.nameLength);
     node.valueOrderReady.store(false, std::memory_order_relaxed);

@@ -99,6 +99,8 @@ class RegistryTree {
     void GrowChildren(RegistryNode& node);
     void GrowValues(RegistryNode& node);
     void PutValue(RegistryNode& node, const FoldedName& name, std::uint32_t type, const void* data, std::uint32_t size);
+    const char16_t* ValueName(const FoldedName& name);
+    void GrowNames();
     void SetName(RegistryNode& node, const FoldedName& name);
     static void Empty(RegistryNode& node);
 
@@ -107,6 +109,14 @@ class RegistryTree {
     Arena m_arena;  // written with the tree held alone, or under m_onDemand
     RegistryNode* m_machine;
     RegistryNode* m_users;
+    // Names of values by their hash, all of them in the arena: a table of a power of two places.
+    struct SharedName {
+        const char16_t* text = nullptr;
+        std::uint32_t length = 0;
+        std::uint32_t hash = 0;
+    };
+    std::vector<SharedName> m_names;  // as the arena
+    std::size_t m_nameCount = 0;
     std::vector<std::unique_ptr<IRegistryNodeSource>> m_sources;
     std::mutex m_onDemand;  // for what reading makes: the content of pending keys, orders
 };
