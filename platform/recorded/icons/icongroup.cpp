@@ -28,14 +28,6 @@ IconImageInfo CommonFields(ByteView entry) noexcept {
     return info;
 }
 
-// The depth that the image itself tells: that of its bitmap header, and of a PNG always the display's.
-std::uint32_t DepthOf(ByteView file, const IconImageInfo& info) noexcept {
-    const auto start = file.At<std::uint32_t>(info.offset);
-    if (start == 40U) return file.At<std::uint16_t>(std::uint64_t{info.offset} + 14).value_or(0);
-    if (start == 0x474E5089U) return kDisplayBits;
-    return info.bits;
-}
-
 std::int64_t Distance(std::uint32_t a, std::uint32_t b) noexcept {
     return std::abs(static_cast<std::int64_t>(a) - static_cast<std::int64_t>(b));
 }
@@ -64,7 +56,6 @@ std::vector<IconImageInfo> ReadIconFile(ByteView file) {
         IconImageInfo info = CommonFields(*entry);
         info.offset = *entry->At<std::uint32_t>(12);
         if (!file.Holds(info.offset, info.size)) continue;
-        info.bits = DepthOf(file, info);
         images.push_back(info);
     }
     return images;

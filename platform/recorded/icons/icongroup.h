@@ -15,14 +15,14 @@ namespace roundup {
 struct IconImageInfo {
     std::uint32_t width = 0;   // pixels
     std::uint32_t height = 0;  // pixels
-    std::uint32_t bits = 0;    // of a pixel
+    std::uint32_t bits = 0;    // of a pixel, as the directory says: the choice goes by it even where the image differs
     std::uint32_t number = 0;  // the resource's number
     std::uint32_t offset = 0;  // in the .ico file
     std::uint32_t size = 0;    // bytes
 };
 
 std::vector<IconImageInfo> ReadIconGroup(ByteView resource);
-// Empty for a block that is no .ico file. Depths are those of the images themselves, as far as they tell.
+// Empty for a block that is no .ico file; images that do not lie in it are left out.
 std::vector<IconImageInfo> ReadIconFile(ByteView file);
 
 // The image that the platform shows at that size on a display of 32 bits: the closest in size, and of those the

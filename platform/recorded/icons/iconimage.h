@@ -24,14 +24,16 @@ struct IconImage {
 inline constexpr std::uint32_t kLargestIconSide = 1024;
 
 // Decodes a resource or a part of an .ico file: a device-independent bitmap of 1, 4, 8, 16, 24 or 32 bits with its
-// mask below it ("Icons" and BITMAPINFOHEADER in the Windows documentation), or a PNG. Nothing for what is neither,
-// broken or compressed otherwise. Throws std::bad_alloc.
+// mask below it ("Icons", BITMAPINFOHEADER and BITMAPCOREHEADER in the Windows documentation), or a PNG. An image
+// without a mask gets it from its alpha. Nothing for what is neither, broken or compressed otherwise. Throws
+// std::bad_alloc.
 std::optional<IconImage> DecodeIconImage(ByteView block);
 
 // The PNG half, by the library of the system. Where there is none, nothing.
 std::optional<IconImage> DecodePngImage(ByteView block);
 
-// The image in a square of that many pixels, each taken from the nearest one. The same image when it has that size.
+// The image in a square of that many pixels. Where several fall together, the bits that all of them have are left, as
+// the platform stretches icons. The same image when it has that size.
 IconImage ScaleIconImage(IconImage image, std::uint32_t pixels);
 
 }  // namespace roundup
