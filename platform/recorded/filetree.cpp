@@ -10,6 +10,8 @@ FileTree::FileTree(std::unique_ptr<IFileSource> source) : m_source(std::move(sou
         root->attributes = kAttributeDirectory;
         root->size = 0;
     }
+    // A tree may lie where one lay that threads remember.
+    FolderNode::NamesChanged();
 }
 
 FileEntry* FileTree::DriveOf(char16_t letter) const noexcept {
@@ -19,6 +21,7 @@ FileEntry* FileTree::DriveOf(char16_t letter) const noexcept {
 
 void FileTree::SetDrive(char16_t letter, FileEntry& folder) {
     m_drives[static_cast<std::size_t>(ToUpper(letter) - u'A')] = &folder;
+    FolderNode::NamesChanged();
 }
 
 bool FileTree::HasDrive(char16_t letter) const noexcept { return DriveOf(letter) != nullptr; }

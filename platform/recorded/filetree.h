@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/recorded/foldernode.h"
+#include "platform/recorded/pathtrail.h"
 #include "platform/recorded/winpath.h"
 
 namespace roundup {
@@ -41,6 +42,10 @@ class FileTree {
     // The path must stay as it is while the answer is in use. trail, when given, receives the entry of each part of
     // the path as it is written, as far as they are not in a mapped folder or behind a mount point.
     Found Find(const WinPath& path, Last last, std::vector<FileEntry*>* trail = nullptr);
+    // The entries of the parts of a path that is written plainly ("C:\one\two") and leads through folders of this
+    // tree, the last part as it is; null says nothing about the path. Belongs to the thread and holds until its next
+    // question.
+    const PathTrail* FindPlain(const char16_t* path);
     // The folder at the path, its drive included, made in memory with those on the way where it is not there; a file,
     // or a link that cannot be followed, is covered by it.
     FileEntry& MakeFolder(const WinPath& path);
@@ -71,6 +76,8 @@ class FileTree {
     FileEntry* FollowLink(FileEntry& link, Search& search);
     FileEntry* FolderBehind(FileEntry& entry);
     FileEntry* DriveOf(char16_t letter) const noexcept;
+    static bool IsMapped(const FileEntry& entry) noexcept;
+    static bool IsPlainFolder(const FileEntry& entry);
 
     std::unique_ptr<IFileSource> m_source;
     FileEntry m_root;

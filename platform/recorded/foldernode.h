@@ -82,8 +82,15 @@ class FolderNode {
     void AddShortName(std::u16string_view shortName, FileEntry& entry);
 
     // What lies in this folder is what lies in a real one. Set before the machine is used.
-    void Map(MappedFolder* mapped) noexcept { m_mapped = mapped; }
+    void Map(MappedFolder* mapped) noexcept {
+        m_mapped = mapped;
+        NamesChanged();
+    }
     MappedFolder* Mapped() const noexcept { return m_mapped; }
+
+    // Goes up whenever a name of any tree has come to stand for something else, for what remembers entries by path.
+    static std::uint64_t NamesVersion() noexcept { return s_namesVersion.load(std::memory_order_acquire); }
+    static void NamesChanged() noexcept { s_namesVersion.fetch_add(1, std::memory_order_acq_rel); }
 
     // The folder of an entry that is one, made at first use.
     static FolderNode& Of(FileEntry& entry, IFileSource* source);
@@ -102,6 +109,8 @@ class FolderNode {
     const Listing& Listed();
     Changes& ChangesForWriting();
     FileEntry* FindLocked(const Changes& changes, std::u16string_view name);
+
+    inline static std::atomic<std::uint64_t> s_namesVersion{1};
 
     FileEntry& m_self;
     IFileSource* const m_source;

@@ -44,21 +44,10 @@ Win32Error RecordedFileSystem::Describe(const char16_t* path, FileInfo& info) {
 }
 
 std::uint32_t RecordedFileSystem::GetAttributes(const char16_t* path) {
-    WinPath parsed;
-    Win32Error error = ParsePath(path, parsed);
-    if (error == kErrorSuccess) {
-        // The commonest question of all: no size is asked for.
-        const FileTree::Found found = m_tree.Find(parsed, FileTree::Last::AsItIs);
-        error = found.error;
-        if (error == kErrorSuccess && found.mapped == nullptr) {
-            const std::uint32_t attributes = m_tree.AttributesOf(*found.entry);
-            if (!parsed.endsInSeparator || (attributes & kAttributeDirectory) != 0) return attributes;
-            error = kErrorInvalidName;
-        }
-    }
+    // The commonest question of all, mostly about what is there: no size is asked for.
+    if (const PathTrail* const trail = m_tree.FindPlain(path)) return m_tree.AttributesOf(*trail->Last().entry);
     FileInfo info;
-    if (error == kErrorSuccess) error = Describe(path, info);
-    return Note(error) == kErrorSuccess ? info.attributes : kInvalidAttributes;
+    return Note(Describe(path, info)) == kErrorSuccess ? info.attributes : kInvalidAttributes;
 }
 
 Win32Error RecordedFileSystem::GetInfo(const char16_t* path, FileInfo& info) { return Note(Describe(path, info)); }

@@ -110,7 +110,21 @@ std::uint32_t RecordedFileSystem::ConvertPath(const char16_t* path, Form form, c
     return AnswerText(result, buffer, size);
 }
 
+// Written straight from the entries, whose names are the long ones.
 std::uint32_t RecordedFileSystem::GetLongPath(const char16_t* path, char16_t* buffer, std::uint32_t size) {
+    if (const PathTrail* const trail = m_tree.FindPlain(path)) {
+        std::size_t length = 2;
+        for (const PathTrail::Part& part : trail->Asked()) length += 1 + part.entry->name.size();
+        if (length >= size || buffer == nullptr) return static_cast<std::uint32_t>(length + 1);
+        // The path may lie in the buffer, so its drive is taken from the trail.
+        char16_t* end = std::copy_n(trail->text, 2, buffer);
+        for (const PathTrail::Part& part : trail->Asked()) {
+            *end++ = u'\\';
+            end = std::copy(part.entry->name.begin(), part.entry->name.end(), end);
+        }
+        *end = u'\0';
+        return static_cast<std::uint32_t>(length);
+    }
     return ConvertPath(path, Form::Long, buffer, size);
 }
 
