@@ -8,13 +8,13 @@ namespace {
 
 // Ceilings of what is taken seriously: no program that was ever linked comes near them.
 constexpr std::uint32_t kMostSections = 96;  // the loader's own limit
-constexpr std::uint32_t kLargestDirectory = 64U << 20U;
+constexpr std::uint32_t kLargestDirectory = 4U << 20U;  // its tables come before the resources' bytes
 constexpr std::uint32_t kLargestResource = 16U << 20U;
 
 constexpr std::uint32_t kSubdirectory = 0x80000000U;  // in an entry: a table follows; in a name: a text
 
 struct Headers {
-    std::uint32_t sectionTable = 0;
+    std::uint64_t sectionTable = 0;
     std::uint32_t sections = 0;
     std::uint32_t resources = 0;  // address of the resource directory
 };
@@ -36,7 +36,7 @@ std::optional<Headers> ReadHeaders(const FileBytes& file) {
     const auto count = optional.At<std::uint32_t>(directories - 4);
     const auto resources = optional.At<std::uint32_t>(directories + 2 * 8);
     if (!count || *count < 3 || !resources || *resources == 0) return std::nullopt;
-    headers.sectionTable = start + 24 + optionalSize;
+    headers.sectionTable = std::uint64_t{start} + 24 + optionalSize;
     headers.resources = *resources;
     return headers;
 }

@@ -46,7 +46,7 @@ class PeResources {
     std::optional<std::uint64_t> FileOffset(std::uint32_t address, std::uint32_t size) const noexcept;
 
     std::vector<Section> m_sections;
-    std::vector<std::byte> m_directory;  // from the directory's root to the end of its section
+    std::vector<std::byte> m_directory;  // from the directory's root on
 };
 
 }  // namespace roundup
