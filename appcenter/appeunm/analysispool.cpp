@@ -59,7 +59,7 @@ std::size_t WorkerCount(std::size_t jobs) {
     return std::min<std::size_t>(2 * (std::size_t{processors} + 2), jobs);
 }
 
-// Closes the queue on every way out, also when memory ran short, so that the workers that wait for it end.
+// Ends the workers on every way out, also when memory ran short.
 class AnalysisPool {
   public:
     explicit AnalysisPool(const IContinue& goOn) : m_goOn(goOn) {}
@@ -71,6 +71,20 @@ class AnalysisPool {
         m_queue.CloseAndDiscard();
     }
 
+    // All jobs wait in the closed queue before the first worker starts: most jobs are short, and a worker that has to
+    // be woken for each costs more than the job.
+    void Work(const AppList& apps) {
+        for (const RefPtr<IApp>& app : apps) {
+            if (m_goOn.IsContinue() == 0) break;
+            m_queue.Add(app.Get());
+        }
+        m_queue.Close();
+        StartWorkers(WorkerCount(apps.size()));
+        // Without a single thread the loading one does the work itself.
+        if (m_workers.empty()) AnalysisWorker(m_queue, m_goOn).Run();
+    }
+
+  private:
     void StartWorkers(std::size_t count) {
         while (m_workers.size() < count) {
             auto worker = std::make_unique<AnalysisWorker>(m_queue, m_goOn);
@@ -79,17 +93,6 @@ class AnalysisPool {
         }
     }
 
-    void Work(const AppList& apps) {
-        for (const RefPtr<IApp>& app : apps) {
-            if (m_goOn.IsContinue() == 0) break;
-            m_queue.Add(app.Get());
-        }
-        m_queue.Close();
-        // Without a single thread the loading one does the work itself.
-        if (m_workers.empty()) AnalysisWorker(m_queue, m_goOn).Run();
-    }
-
-  private:
     const IContinue& m_goOn;
     AppQueue m_queue;
     std::vector<std::unique_ptr<AnalysisWorker>> m_workers;
@@ -97,10 +100,6 @@ class AnalysisPool {
 
 }  // namespace
 
-void RunAnalysisPool(const AppList& apps, const IContinue& goOn) {
-    AnalysisPool pool(goOn);
-    pool.StartWorkers(WorkerCount(apps.size()));
-    pool.Work(apps);
-}
+void RunAnalysisPool(const AppList& apps, const IContinue& goOn) { AnalysisPool(goOn).Work(apps); }
 
 }  // namespace roundup

@@ -1,7 +1,9 @@
 #include "appcenter/appeunm/entryvalues.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
+#include <iterator>
 #include <span>
 
 #include "utility/casemap.h"
@@ -45,16 +47,26 @@ constexpr NamedSlot kNames[] = {
 };
 static_assert(std::ranges::is_sorted(kNames, {}, [](const NamedSlot& entry) { return entry.name.size(); }));
 
-// The registry's comparison: by upper-cased characters.
+// Where the names of each length begin in the table: those of length n are kFirst[n] to kFirst[n + 1].
+constexpr std::size_t kLongestName = std::end(kNames)[-1].name.size();
+constexpr auto kFirst = [] {
+    std::array<std::uint8_t, kLongestName + 2> first{};
+    for (const NamedSlot& entry : kNames) {
+        for (std::size_t length = entry.name.size() + 1; length < first.size(); ++length) ++first[length];
+    }
+    return first;
+}();
+
+// The registry's comparison: by upper-cased characters. Nearly all names are written as in the table.
 bool IsRegistryName(std::u16string_view name, std::u16string_view known) noexcept {
+    if (name == known) return true;
     return std::ranges::equal(name, known, [](char16_t a, char16_t b) { return a == b || ToUpper(a) == ToUpper(b); });
 }
 
 std::uint8_t FindSlot(std::u16string_view name) noexcept {
-    for (const NamedSlot& entry : kNames) {
-        if (entry.name.size() < name.size()) continue;
-        if (entry.name.size() > name.size()) break;
-        if (IsRegistryName(name, entry.name)) return entry.slot;
+    if (name.size() > kLongestName) return kNoSlot;
+    for (std::size_t i = kFirst[name.size()]; i < kFirst[name.size() + 1]; ++i) {
+        if (IsRegistryName(name, kNames[i].name)) return kNames[i].slot;
     }
     return kNoSlot;
 }
@@ -97,9 +109,11 @@ std::int64_t EntryValues::EstimatedBytes() const noexcept {
 bool EntryValues::IsSubordinate() const noexcept {
     if (Has(EntryText::ParentKeyName) || Has(EntryText::ParentDisplayName)) return true;
     if (Word(EntryWord::SystemComponent) == 1) return true;
-    const std::u16string_view release = m_texts[static_cast<std::size_t>(EntryText::ReleaseType)];
-    for (const std::u16string_view kind : {u"Hotfix", u"Service Pack", u"Update Rollup"}) {
-        if (EqualsNoCase(release, kind)) return true;
+    if (Has(EntryText::ReleaseType)) {
+        const std::u16string_view release = m_texts[static_cast<std::size_t>(EntryText::ReleaseType)];
+        for (const std::u16string_view kind : {u"Hotfix", u"Service Pack", u"Update Rollup"}) {
+            if (EqualsNoCase(release, kind)) return true;
+        }
     }
     return Word(EntryWord::IsMinorUpgrade) == 1;
 }

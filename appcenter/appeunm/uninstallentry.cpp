@@ -11,6 +11,7 @@
 #include "utility/casemap.h"
 #include "utility/commandpaths.h"
 #include "utility/icon2mem.h"
+#include "utility/pathtext.h"
 
 namespace roundup {
 namespace {
@@ -72,13 +73,30 @@ void FillIcon(CApp& app, EntryValues& values) {
     AssignString(app.pwszOriginalInstallLoc, app.pwszInstallLoc);
 }
 
+// What CommandPaths found is a long path already; as a rule there is nothing left in it that ExpandPath would change,
+// and the machine need not be asked a second time.
+bool IsExpanded(std::u16string_view path) noexcept {
+    if (path.empty() || path.front() == u'"' || path.front() == u'%' || path.back() == u'\\') return false;
+    return path.find(u'/') == std::u16string_view::npos && path.find(u"\\\\") == std::u16string_view::npos;
+}
+
+// As NormalizePaths, for the paths that an entry has.
+void ExpandPaths(CApp& app) {
+    NormalizeLocation(app.pwszInstallLoc);
+    if (!app.pwszUnInstallProgram.IsEmpty() && !IsExpanded(app.pwszUnInstallProgram)) {
+        ExpandPath(app.pwszUnInstallProgram);
+    }
+    if (!app.pwszIconProgram.IsEmpty()) ExpandPath(app.pwszIconProgram);
+    if (!app.pwszMsiPath.IsEmpty()) ExpandPath(app.pwszMsiPath);
+}
+
 void FillLocations(CApp& app, EntryValues& values) {
     for (const EntryText text : {EntryText::InstallLocation, EntryText::InnoAppPath, EntryText::LocationRoot}) {
         if (app.pwszInstallLoc.IsEmpty()) Move(values, text, app.pwszInstallLoc);
     }
     FillUninstallProgram(app, values);
     FillIcon(app, values);
-    if (!app.pwszInstallLoc.IsEmpty()) NormalizePaths(app);
+    if (!app.pwszInstallLoc.IsEmpty()) ExpandPaths(app);
 }
 
 std::uint64_t EntryFlags(const EntryValues& values, bool subordinate, const EntryOrigin& origin) noexcept {
@@ -93,9 +111,9 @@ std::uint64_t EntryFlags(const EntryValues& values, bool subordinate, const Entr
 
 }  // namespace
 
-void FillFromEntry(CApp& app, std::u16string_view keyName, EntryValues& values, const EntryOrigin& origin) {
+void FillFromEntry(CApp& app, OwnedString keyName, EntryValues& values, const EntryOrigin& origin) {
     app.ProductCode = CodeOfKeyName(keyName);
-    AssignString(app.pwszKeyString, keyName);
+    app.pwszKeyString = std::move(keyName);
     app.qwFlags = EntryFlags(values, values.IsSubordinate(), origin);
     app.llEstimatedSize = values.EstimatedBytes();
     Move(values, EntryText::DisplayName, app.pwszName);

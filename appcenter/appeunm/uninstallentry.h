@@ -1,8 +1,6 @@
 // One entry of an Uninstall key.
 #pragma once
 
-#include <string_view>
-
 #include "appcenter/appeunm/entryvalues.h"
 
 namespace roundup {
@@ -17,7 +15,7 @@ struct EntryOrigin {
 };
 
 // Fills a new application from its entry: name, codes, parent, size, flags, location, programs and icon. The texts
-// move out of values. Asks the machine's files about the paths.
-void FillFromEntry(CApp& app, std::u16string_view keyName, EntryValues& values, const EntryOrigin& origin);
+// move out of keyName and values. Asks the machine's files about the paths.
+void FillFromEntry(CApp& app, OwnedString keyName, EntryValues& values, const EntryOrigin& origin);
 
 }  // namespace roundup

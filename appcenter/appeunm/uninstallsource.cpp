@@ -29,20 +29,20 @@ void UninstallEnumerator::Walk() {
         Ignore(Pass(rc), u"a source that cannot open its key adds nothing");
         return;
     }
-    OwnedString name;
     while (m_goOn.IsContinue() != 0) {
+        OwnedString name;
         if (auto rc = key.EnumKey(name); Failed(rc)) {
             if (Small(rc) != SmallCode::NoMoreItems) Ignore(Pass(rc), u"what was found stays");
             break;
         }
-        if (auto rc = AddEntry(key, name); Failed(rc)) {
+        if (auto rc = AddEntry(key, std::move(name)); Failed(rc)) {
             Ignore(Pass(rc), u"what was found stays");
             break;
         }
     }
 }
 
-ResultCode UninstallEnumerator::AddEntry(CWFYRegKey& uninstallKey, const OwnedString& name) {
+ResultCode UninstallEnumerator::AddEntry(CWFYRegKey& uninstallKey, OwnedString name) {
     CWFYRegKey key;
     if (auto rc = key.Open(uninstallKey.GetKeyHandle(), name.Text(), m_origin.view64, true); Failed(rc)) {
         return PassQuiet(rc);
@@ -50,7 +50,7 @@ ResultCode UninstallEnumerator::AddEntry(CWFYRegKey& uninstallKey, const OwnedSt
     auto app = RefPtr<CApp>::Adopt(new (std::nothrow) CApp);
     if (!app) return FailQuiet(SmallCode::ObjectAllocation);
     m_values.Read(key);
-    FillFromEntry(*app, name, m_values, m_origin);
+    FillFromEntry(*app, std::move(name), m_values, m_origin);
     m_list.push_back(std::move(app));
     return kSuccess;
 }

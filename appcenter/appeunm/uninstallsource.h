@@ -21,7 +21,7 @@ class UninstallEnumerator final : public SourceThread {
 
   private:
     void Walk() override;
-    ResultCode AddEntry(CWFYRegKey& uninstallKey, const OwnedString& name);
+    ResultCode AddEntry(CWFYRegKey& uninstallKey, OwnedString name);
 
     const IContinue& m_goOn;
     AppList& m_list;
