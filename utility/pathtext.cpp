@@ -110,6 +110,8 @@ void ExpandPath(OwnedString& path) {
     }
     char16_t longPath[kPathSize];
     GetLongPath(text, longPath, kPathSize);
+    // Most paths are as they should be already.
+    if (path == std::u16string_view(longPath)) return;
     OwnedString result;
     if (longPath[0] != u'\0' && AssignString(result, longPath)) path = std::move(result);
 }

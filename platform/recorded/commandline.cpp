@@ -77,6 +77,7 @@ std::u16string TakeArgument(std::u16string_view& text) {
 
 std::vector<std::u16string> SplitArguments(std::u16string_view text) {
     std::vector<std::u16string> arguments;
+    arguments.reserve(4);  // most lines have no more
     arguments.push_back(TakeProgram(text));
     for (SkipBlanks(text); !text.empty(); SkipBlanks(text)) arguments.push_back(TakeArgument(text));
     return arguments;

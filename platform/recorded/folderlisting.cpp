@@ -15,6 +15,9 @@ namespace {
 // The longest name of a file, in characters.
 constexpr std::size_t kLongestName = 255;
 
+// So many entries, which most folders do not exceed, are compared sooner than a hash is made.
+constexpr std::size_t kFewEntries = 4;
+
 bool CanBeShown(const SourceEntry& entry) noexcept {
     return !entry.name.empty() && entry.name.size() <= kLongestName && entry.name != u"." && entry.name != u".." &&
            std::none_of(entry.name.begin(), entry.name.end(), IsForbiddenInName);
@@ -84,7 +87,7 @@ void FolderNode::Listing::Fill(FolderNode& folder, const std::vector<SourceEntry
 }
 
 void FolderNode::Listing::Index() {
-    if (m_count == 0) return;
+    if (m_count <= kFewEntries) return;
     m_slots.resize(std::bit_ceil(m_count * 2));
     const std::size_t mask = m_slots.size() - 1;
     for (std::size_t i = 0; i < m_count; ++i) {
@@ -96,9 +99,13 @@ void FolderNode::Listing::Index() {
 }
 
 FileEntry* FolderNode::Listing::Find(std::u16string_view name) const noexcept {
-    if (m_count == 0) return nullptr;
-    const FoldedName folded(name, Seed());
-    const std::uint32_t hash = folded.Hash();
+    if (m_slots.empty()) {
+        for (FileEntry& entry : Entries()) {
+            if (entry.name.size() == name.size() && CompareFolded(entry.name, name) == 0) return &entry;
+        }
+        return nullptr;
+    }
+    const std::uint32_t hash = FoldedName(name, Seed()).Hash();
     const std::size_t mask = m_slots.size() - 1;
     for (std::size_t place = hash & mask; m_slots[place].index != 0; place = (place + 1) & mask) {
         if (m_slots[place].hash != hash) continue;

@@ -35,7 +35,8 @@ class FolderNode::Listing {
     std::u16string m_names;  // all of them, one behind the other
     std::unique_ptr<FileEntry[]> m_entries;
     std::size_t m_count = 0;
-    std::vector<Slot> m_slots;  // a power of two, at most half of them filled, probed in a row
+    std::vector<Slot> m_slots;  // a power of two, at most half of them filled, probed in a row;
+                                // none for few entries
     Win32Error m_error;
 };
 
