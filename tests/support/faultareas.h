@@ -1,6 +1,9 @@
 // The interfaces of FaultInjectingMachine: each asks its gate, then the interface behind it.
 #pragma once
 
+#include <atomic>
+#include <cstdint>
+
 #include "platform/machine.h"
 #include "tests/support/faultmachine.h"
 
@@ -11,8 +14,13 @@ class Area : public Interface {
   public:
     explicit Area(Interface& behind) noexcept : inner(behind) {}
     FaultGate gate;
+    std::atomic<std::int64_t> held{0};  // handles given out and not taken back
 
   protected:
+    Win32Error Give(Win32Error error) noexcept {
+        if (error == 0) ++held;
+        return error;
+    }
     Interface& inner;
 };
 
@@ -22,14 +30,17 @@ class Registry final : public Area<IRegistry> {
     Win32Error OpenKey(KeyHandle parent, const char16_t* subKey, std::uint32_t access, KeyHandle& key) override {
         key = 0;
         const Win32Error error = gate.Next();
-        return error != 0 ? error : inner.OpenKey(parent, subKey, access, key);
+        return error != 0 ? error : Give(inner.OpenKey(parent, subKey, access, key));
     }
     Win32Error CreateKey(KeyHandle parent, const char16_t* subKey, std::uint32_t access, KeyHandle& key) override {
         key = 0;
         const Win32Error error = gate.Next();
-        return error != 0 ? error : inner.CreateKey(parent, subKey, access, key);
+        return error != 0 ? error : Give(inner.CreateKey(parent, subKey, access, key));
     }
-    void CloseKey(KeyHandle key) override { inner.CloseKey(key); }
+    void CloseKey(KeyHandle key) override {
+        --held;
+        inner.CloseKey(key);
+    }
     Win32Error QueryInfo(KeyHandle key, KeyInfo& info) override {
         const Win32Error error = gate.Next();
         return error != 0 ? error : inner.QueryInfo(key, info);
@@ -72,18 +83,21 @@ class Files final : public Area<IFileSystem> {
     Win32Error FindFirst(const char16_t* pattern, FindHandle& find, FindData& data) override {
         find = kInvalidFile;
         const Win32Error error = gate.Next();
-        return error != 0 ? error : inner.FindFirst(pattern, find, data);
+        return error != 0 ? error : Give(inner.FindFirst(pattern, find, data));
     }
     Win32Error FindNext(FindHandle find, FindData& data) override {
         const Win32Error error = gate.Next();
         return error != 0 ? error : inner.FindNext(find, data);
     }
-    void FindClose(FindHandle find) override { inner.FindClose(find); }
+    void FindClose(FindHandle find) override {
+        --held;
+        inner.FindClose(find);
+    }
     Win32Error Open(const char16_t* path, std::uint32_t access, std::uint32_t share, std::uint32_t disposition,
                     FileHandle& file) override {
         file = kInvalidFile;
         const Win32Error error = gate.Next();
-        return error != 0 ? error : inner.Open(path, access, share, disposition, file);
+        return error != 0 ? error : Give(inner.Open(path, access, share, disposition, file));
     }
     Win32Error Read(FileHandle file, void* buffer, std::uint32_t size, std::uint32_t& done) override {
         done = 0;
@@ -107,7 +121,10 @@ class Files final : public Area<IFileSystem> {
         const Win32Error error = gate.Next();
         return error != 0 ? error : inner.SetEnd(file);
     }
-    void Close(FileHandle file) override { inner.Close(file); }
+    void Close(FileHandle file) override {
+        --held;
+        inner.Close(file);
+    }
     Win32Error Delete(const char16_t* path) override {
         const Win32Error error = gate.Next();
         return error != 0 ? error : inner.Delete(path);
@@ -158,12 +175,12 @@ class Installer final : public Area<IInstaller> {
     Win32Error OpenDatabase(const char16_t* path, InstallerHandle& database) override {
         database = 0;
         const Win32Error error = gate.Next();
-        return error != 0 ? error : inner.OpenDatabase(path, database);
+        return error != 0 ? error : Give(inner.OpenDatabase(path, database));
     }
     Win32Error OpenView(InstallerHandle database, const char16_t* query, InstallerHandle& view) override {
         view = 0;
         const Win32Error error = gate.Next();
-        return error != 0 ? error : inner.OpenView(database, query, view);
+        return error != 0 ? error : Give(inner.OpenView(database, query, view));
     }
     Win32Error ExecuteView(InstallerHandle view) override {
         const Win32Error error = gate.Next();
@@ -172,7 +189,7 @@ class Installer final : public Area<IInstaller> {
     Win32Error FetchRecord(InstallerHandle view, InstallerHandle& record) override {
         record = 0;
         const Win32Error error = gate.Next();
-        return error != 0 ? error : inner.FetchRecord(view, record);
+        return error != 0 ? error : Give(inner.FetchRecord(view, record));
     }
     Win32Error GetString(InstallerHandle record, std::uint32_t column, char16_t* buffer,
                          std::uint32_t& length) override {
@@ -189,7 +206,10 @@ class Installer final : public Area<IInstaller> {
         const Win32Error error = gate.Next();
         return error != 0 ? error : inner.ReadStream(record, column, buffer, size);
     }
-    void CloseHandle(InstallerHandle handle) override { inner.CloseHandle(handle); }
+    void CloseHandle(InstallerHandle handle) override {
+        --held;
+        inner.CloseHandle(handle);
+    }
     Win32Error EnumComponent(std::uint32_t index, char16_t (&component)[39]) override {
         const Win32Error error = gate.Next();
         return error != 0 ? error : inner.EnumComponent(index, component);
@@ -217,7 +237,7 @@ class Processes final : public Area<IProcesses> {
                      std::uint32_t& id) override {
         process = 0;
         const Win32Error error = gate.Next();
-        return error != 0 ? error : inner.Start(commandLine, flags, process, id);
+        return error != 0 ? error : Give(inner.Start(commandLine, flags, process, id));
     }
     Win32Error Wait(ProcessHandle process) override {
         const Win32Error error = gate.Next();
@@ -227,7 +247,10 @@ class Processes final : public Area<IProcesses> {
         const Win32Error error = gate.Next();
         return error != 0 ? error : inner.GetExitCode(process, code);
     }
-    void Close(ProcessHandle process) override { inner.Close(process); }
+    void Close(ProcessHandle process) override {
+        --held;
+        inner.Close(process);
+    }
 };
 
 class Security final : public Area<ISecurity> {

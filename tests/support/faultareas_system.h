@@ -20,11 +20,21 @@ class Shell final : public Area<IShell> {
     void ExtractIcons(const char16_t* path, std::int32_t index, IconHandle& large, IconHandle& small) override {
         large = small = 0;
         if (gate.Next() == 0) inner.ExtractIcons(path, index, large, small);
+        held += (large != 0) + (small != 0);
     }
-    IconHandle GetFileIcon(const char16_t* path) override { return gate.Next() != 0 ? 0 : inner.GetFileIcon(path); }
-    void DestroyIcon(IconHandle icon) override { inner.DestroyIcon(icon); }
+    IconHandle GetFileIcon(const char16_t* path) override {
+        const IconHandle icon = gate.Next() != 0 ? 0 : inner.GetFileIcon(path);
+        held += icon != 0;
+        return icon;
+    }
+    void DestroyIcon(IconHandle icon) override {
+        --held;
+        inner.DestroyIcon(icon);
+    }
     bool GetIconBitmaps(IconHandle icon, IconBitmaps& bitmaps) override {
-        return gate.Next() == 0 && inner.GetIconBitmaps(icon, bitmaps);
+        if (gate.Next() != 0 || !inner.GetIconBitmaps(icon, bitmaps)) return false;
+        held += (bitmaps.mask != 0) + (bitmaps.color != 0);
+        return true;
     }
     bool GetBitmapShape(BitmapHandle bitmap, BitmapShape& shape) override {
         return gate.Next() == 0 && inner.GetBitmapShape(bitmap, shape);
@@ -32,7 +42,10 @@ class Shell final : public Area<IShell> {
     bool GetBitmapBits(BitmapHandle bitmap, const BitmapHeader& header, void* bits, std::uint32_t size) override {
         return gate.Next() == 0 && inner.GetBitmapBits(bitmap, header, bits, size);
     }
-    void DeleteBitmap(BitmapHandle bitmap) override { inner.DeleteBitmap(bitmap); }
+    void DeleteBitmap(BitmapHandle bitmap) override {
+        --held;
+        inner.DeleteBitmap(bitmap);
+    }
     bool LoadIndirectString(const char16_t* source, char16_t* buffer, std::uint32_t size) override {
         return gate.Next() == 0 && inner.LoadIndirectString(source, buffer, size);
     }
@@ -80,13 +93,18 @@ class System final : public Area<ISystem> {
     }
     bool CreateGuid(std::uint8_t (&guid)[16]) override { return gate.Next() == 0 && inner.CreateGuid(guid); }
     MutexHandle OpenMutex(const char16_t* name, bool initialOwner) override {
-        return gate.Next() != 0 ? 0 : inner.OpenMutex(name, initialOwner);
+        const MutexHandle mutex = gate.Next() != 0 ? 0 : inner.OpenMutex(name, initialOwner);
+        held += mutex != 0;
+        return mutex;
     }
     bool LockMutex(MutexHandle mutex, std::uint32_t milliseconds) override {
         return gate.Next() == 0 && inner.LockMutex(mutex, milliseconds);
     }
     void UnlockMutex(MutexHandle mutex) override { inner.UnlockMutex(mutex); }
-    void CloseMutex(MutexHandle mutex) override { inner.CloseMutex(mutex); }
+    void CloseMutex(MutexHandle mutex) override {
+        --held;
+        inner.CloseMutex(mutex);
+    }
 };
 
 }  // namespace roundup::fault

@@ -75,6 +75,11 @@ std::uint64_t FaultInjectingMachine::OperationsOf(Area area) const { return Gate
 
 bool FaultInjectingMachine::HasFired() const { return m_parts->fired != nullptr && m_parts->fired->HasFired(); }
 
+std::int64_t FaultInjectingMachine::HandlesHeld() const {
+    return m_parts->registry.held + m_parts->files.held + m_parts->shell.held + m_parts->installer.held +
+           m_parts->processes.held + m_parts->system.held;
+}
+
 IRegistry& FaultInjectingMachine::Registry() { return m_parts->registry; }
 IFileSystem& FaultInjectingMachine::Files() { return m_parts->files; }
 IProfile& FaultInjectingMachine::Profile() { return m_parts->profile; }

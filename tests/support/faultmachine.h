@@ -49,6 +49,9 @@ class FaultInjectingMachine final : public Machine {
     void FailOperation(Area area, std::uint64_t number, Win32Error error);
     std::uint64_t OperationsOf(Area area) const;
     bool HasFired() const;
+    // Keys, files, finds, icons, bitmaps and all other handles that were given out and not yet taken back. What lives
+    // as long as the process keeps its own until the machine's scope ends.
+    std::int64_t HandlesHeld() const;
 
     IRegistry& Registry() override;
     IFileSystem& Files() override;
