@@ -33,13 +33,14 @@ std::optional<std::uint32_t> FindValuePosition(const RegistryNode& node, const F
 void PrefetchFor(RegistryNode* const* enumerated) noexcept {
     const RegistryNode* const next = enumerated[1];
     __builtin_prefetch(enumerated[2]);
-    __builtin_prefetch(reinterpret_cast<const std::byte*>(enumerated[2]) + 64);
+    __builtin_prefetch(&enumerated[2]->fill);
     if (next->fill.load(std::memory_order_acquire) == FillState::Pending) return;
     __builtin_prefetch(next->folded);
     __builtin_prefetch(next->valueIndex);
-    __builtin_prefetch(next->values);
-    __builtin_prefetch(next->values + 2);
-    __builtin_prefetch(next->values + 4);
+    if (next->valueCount != 0) {
+        __builtin_prefetch(&next->values[0]);
+        __builtin_prefetch(&next->values[next->valueCount / 2]);
+    }
 }
 
 // Moves an array with its index to a larger one.
