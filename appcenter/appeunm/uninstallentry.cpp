@@ -77,7 +77,12 @@ void FillIcon(CApp& app, EntryValues& values) {
 // and the machine need not be asked a second time.
 bool IsExpanded(std::u16string_view path) noexcept {
     if (path.empty() || path.front() == u'"' || path.front() == u'%' || path.back() == u'\\') return false;
-    return path.find(u'/') == std::u16string_view::npos && path.find(u"\\\\") == std::u16string_view::npos;
+    char16_t before = u'\0';
+    for (const char16_t c : path) {
+        if (c == u'/' || (c == u'\\' && before == u'\\')) return false;
+        before = c;
+    }
+    return true;
 }
 
 // As NormalizePaths, for the paths that an entry has.
