@@ -7,7 +7,7 @@ namespace roundup {
 namespace {
 
 // Ceilings of what is taken seriously: no program that was ever linked comes near them.
-constexpr std::uint32_t kMostSections = 96;  // the loader's own limit
+constexpr std::uint32_t kMostSections = 96;             // the loader's own limit
 constexpr std::uint32_t kLargestDirectory = 4U << 20U;  // its tables come before the resources' bytes
 constexpr std::uint32_t kLargestResource = 16U << 20U;
 
