@@ -1,6 +1,11 @@
 // A whole load: progress, cancel, order, and what each source adds.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <memory>
+#include <thread>
+#include <vector>
+
 #include "tests/appcenter/catalogue_support.h"
 #include "utility/formattext.h"
 
@@ -64,6 +69,55 @@ TEST_F(LoadTest, Result_IsTheSameWithEveryNumberOfProcessors) {
     for (const std::uint32_t processors : {1U, 2U, 64U, 0xFFFFFFFFU}) {
         builder.Processors(processors);
         for (int run = 0; run < 5; ++run) EXPECT_EQ(Keys(Load().Applications()), expected) << processors;
+    }
+}
+
+// What the loads of one process share must bear both at once, while other threads ask.
+TEST_F(LoadTest, TwoManagersAtOnce_BothFindEverything) {
+    AddEntries();
+    for (int i = 0; i < 40; ++i) {
+        const std::u16string name = FormatText(u"entry%d", i);
+        Entry(kMachineKey, name)
+            .File(FormatText(u"C:\\App%d\\app.exe", i), "MZ")
+            .Text(Under(kMachineKey, name), u"DisplayIcon", FormatText(u"C:\\App%d\\app.exe,0", i));
+    }
+    const Texts expected = Keys(Load().Applications());
+    const RefPtr<CAppManager> managers[] = {RefPtr<CAppManager>::Adopt(new CAppManager),
+                                            RefPtr<CAppManager>::Adopt(new CAppManager)};
+    for (int round = 0; round < 3; ++round) {
+        std::vector<std::thread> threads;
+        for (const auto& manager : managers) {
+            threads.emplace_back([&manager] {
+                LoadRun run;
+                EXPECT_TRUE(Succeeded(run.Load(*manager)));
+                EXPECT_EQ(run.percents, kPercents64);
+            });
+        }
+        for (const auto& manager : managers) {
+            threads.emplace_back([&manager] {
+                manager->IsContinue();
+                const std::uint32_t count = manager->GetCount();
+                EXPECT_TRUE(count == 0 || count == 44) << "never a part of a load";
+            });
+        }
+        for (std::thread& thread : threads) thread.join();
+        for (const auto& manager : managers) EXPECT_EQ(Keys(manager->Applications()), expected);
+    }
+}
+
+// Stop may come from any thread at any moment: the load ends with a beginning of what each source has.
+TEST_F(LoadTest, StopFromAnotherThread_LeavesWholeApplications) {
+    for (int i = 0; i < 200; ++i) Entry(kMachineKey, FormatText(u"entry%d", i));
+    const Texts all = Keys(Load().Applications());
+    for (int round = 0; round < 10; ++round) {
+        const auto manager = RefPtr<CAppManager>::Adopt(new CAppManager);
+        std::thread stopper([&manager] { manager->Stop(); });
+        LoadRun run;
+        EXPECT_TRUE(Succeeded(run.Load(*manager)));
+        stopper.join();
+        const Texts found = Keys(manager->Applications());
+        ASSERT_LE(found.size(), all.size());
+        EXPECT_TRUE(std::equal(found.begin(), found.end(), all.begin()));
     }
 }
 

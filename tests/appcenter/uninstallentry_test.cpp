@@ -113,6 +113,38 @@ TEST_F(UninstallEntryTest, OddTextValues_EndAtTheirFirstZeroOrTheirLength) {
     }
 }
 
+// A name beyond the platform's 259 characters cannot be read, one with a zero inside ends there for whoever asks by
+// name: neither stands for a known value or loses one that comes behind it.
+TEST_F(UninstallEntryTest, OddValueNames_LoseNoOtherValue) {
+    const std::u16string longest(259, u'n');
+    const std::u16string tooLong(16383, u'n');
+    const std::u16string withZero(u"DisplayName\0x", 13);
+    const std::u16string key = Under(kMachineKey, u"Tool");
+    for (const std::u16string_view name :
+         {std::u16string_view(longest), std::u16string_view(tooLong), std::u16string_view(withZero),
+          std::u16string_view(u"Publisher\xD800"), std::u16string_view(u"")}) {
+        builder.Text(key, name, u"odd");
+    }
+    const CApp& app = AppOf({Text(u"DisplayName", u"Otter"), Text(u"Publisher", u"Otter Works")});
+    EXPECT_EQ(app.pwszName.View(), u"Otter");
+    EXPECT_EQ(app.pwszPublisher.View(), u"Otter Works");
+}
+
+TEST_F(UninstallEntryTest, OverlongPaths_StayWholeAndAreNotCut) {
+    for (const std::size_t length : {259U, 260U, 520U, 32767U, 40000U}) {
+        std::u16string path = u"C:\\Tool\\";
+        while (path.size() < length) path.append(99, u'd') += u'\\';
+        path.resize(length);
+        path.back() = u'e';
+        const CApp& app = AppOf({Text(u"InstallLocation", path), Text(u"DisplayIcon", path + u"\\tool.exe,-1"),
+                                 Text(u"UninstallString", u"\"" + path + u"\\un.exe\" /S")});
+        EXPECT_TRUE(app.pwszInstallLoc.View() == path) << length;
+        EXPECT_TRUE(app.pwszOriginalInstallLoc.View() == path) << length;
+        EXPECT_TRUE(app.pwszIconProgram.View() == path + u"\\tool.exe") << length;
+        EXPECT_TRUE(app.pwszUnInstallProgram.IsEmpty()) << "no such file";
+    }
+}
+
 TEST_F(UninstallEntryTest, Size_IsKilobytesOrElseBytes) {
     const struct {
         std::uint32_t type;
@@ -211,6 +243,7 @@ TEST_F(UninstallEntryTest, Codes_ComeFromTheKeyNameAndTheList) {
 
 TEST_F(UninstallEntryTest, Location_ComesFromTheFirstThatNamesOneAndIsNormalised) {
     builder.File(u"C:\\Tool\\tool.exe").File(u"C:\\Tool\\un.exe").Folder(u"C:\\Tool\\Data");
+    builder.File(u"C:\\Two Words\\un.exe").File(u"C:\\root.exe");
     const struct {
         Values values;
         std::u16string_view location, original, program, icon;
@@ -220,10 +253,32 @@ TEST_F(UninstallEntryTest, Location_ComesFromTheFirstThatNamesOneAndIsNormalised
         {{Text(u"InstallLocation", u"C:\\Gone\\gone.exe")}, u"C:\\Gone\\gone.exe", u"", u"", u""},
         {{Text(u"InstallLocation", u"C:\\")}, u"", u"", u"", u""},
         {{Text(u"InstallLocation", u"C:\\Program Files")}, u"", u"", u"", u""},
+        {{Text(u"InstallLocation", u"c:\\WINDOWS\\")}, u"", u"", u"", u""},
+        {{Text(u"InstallLocation", u"%SystemRoot%\\System32")}, u"", u"", u"", u""},
+        {{Text(u"InstallLocation", u"%ProgramFiles(x86)%\\")}, u"", u"", u"", u""},
+        {{Text(u"InstallLocation", u"%ProgramFiles%\\Tool")}, u"C:\\Program Files\\Tool", u"", u"", u""},
+        {{Text(u"InstallLocation", u"C:/Tool\\\\\\Data")}, u"C:\\Tool\\Data", u"", u"", u""},
+        {{Text(u"InstallLocation", u"C:\\root.exe")}, u"", u"", u"", u""},
         {{Text(u"LocationRoot", u"C:\\Root"), Text(u"Inno Setup: App Path", u"C:\\Inno")}, u"C:\\Inno", u"", u"", u""},
         {{Text(u"LocationRoot", u"C:\\Root"), Text(u"InstallLocation", u"")}, u"C:\\Root", u"", u"", u""},
         {{Text(u"UninstallString", u"\"C:\\Tool\\un.exe\" /S")}, u"C:\\Tool", u"", u"C:\\Tool\\un.exe", u""},
+        {{Text(u"UninstallString", u"C:\\Two Words\\un.exe /S /x=1")},
+         u"C:\\Two Words",
+         u"",
+         u"C:\\Two Words\\un.exe",
+         u""},
         {{Text(u"UninstallString", u"msiexec /X{1}")}, u"", u"", u"", u""},
+        // The uninstaller's place comes before the icon's, and is what the location was first read as.
+        {{Text(u"UninstallString", u"C:\\Tool\\un.exe"), Text(u"DisplayIcon", u"\"C:\\Two Words\\un.exe\",-101")},
+         u"C:\\Tool",
+         u"C:\\Tool\\un.exe",
+         u"C:\\Tool\\un.exe",
+         u"C:\\Two Words\\un.exe"},
+        {{Text(u"DisplayIcon", u"C:\\Gone\\gone.exe")},
+         u"C:\\Gone\\gone.exe",
+         u"C:\\Gone\\gone.exe",
+         u"",
+         u"C:\\Gone\\gone.exe"},
         {{Text(u"DisplayIcon", u"C:\\Tool\\tool.exe,1")},
          u"C:\\Tool",
          u"C:\\Tool\\tool.exe",
