@@ -90,8 +90,8 @@ BENCHMARK(ParseRegUtf8)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMi
 BENCHMARK(ParseWine)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 
 // A registry with that many Uninstall entries.
-struct Machine {
-    explicit Machine(std::size_t entries) : registry(store) {
+struct FilledRegistry {
+    explicit FilledRegistry(std::size_t entries) : registry(store) {
         const std::string text = ExportText(entries, false);
         if (ParseRegText(store, std::as_bytes(std::span(text)), "bench")) std::abort();
         registry.OpenKey(kHkeyLocalMachine, kUninstall.data(), kView, uninstall);
@@ -104,14 +104,14 @@ struct Machine {
     std::vector<std::u16string> names;
 };
 
-Machine& SharedMachine(std::size_t entries) {
-    static std::unique_ptr<Machine> machine;
-    if (machine == nullptr || machine->names.size() != entries) machine = std::make_unique<Machine>(entries);
+FilledRegistry& SharedMachine(std::size_t entries) {
+    static std::unique_ptr<FilledRegistry> machine;
+    if (machine == nullptr || machine->names.size() != entries) machine = std::make_unique<FilledRegistry>(entries);
     return *machine;
 }
 
 void OpenByPath(benchmark::State& state) {
-    Machine& machine = SharedMachine(static_cast<std::size_t>(state.range(0)));
+    FilledRegistry& machine = SharedMachine(static_cast<std::size_t>(state.range(0)));
     std::vector<std::u16string> paths;
     for (const std::u16string& name : machine.names) paths.push_back(std::u16string(kUninstall) + u"\\" + name);
     std::size_t at = 0;
@@ -124,7 +124,7 @@ void OpenByPath(benchmark::State& state) {
 BENCHMARK(OpenByPath)->Arg(1000)->Arg(10000)->Arg(100000);
 
 void OpenBelowHandle(benchmark::State& state) {
-    Machine& machine = SharedMachine(static_cast<std::size_t>(state.range(0)));
+    FilledRegistry& machine = SharedMachine(static_cast<std::size_t>(state.range(0)));
     std::size_t at = 0;
     for (auto _ : state) {
         KeyHandle key = 0;
@@ -136,7 +136,7 @@ void OpenBelowHandle(benchmark::State& state) {
 BENCHMARK(OpenBelowHandle)->Arg(1000)->Arg(10000)->Arg(100000);
 
 void QueryOneValue(benchmark::State& state) {
-    Machine& machine = SharedMachine(1000);
+    FilledRegistry& machine = SharedMachine(1000);
     KeyHandle key = 0;
     machine.registry.OpenKey(machine.uninstall, machine.names[7].c_str(), kView, key);
     char16_t buffer[128];
@@ -151,7 +151,7 @@ BENCHMARK(QueryOneValue)->ThreadRange(1, 2)->UseRealTime();
 
 // Every key and value below Uninstall once: what a load at least costs.
 void EnumerateAll(benchmark::State& state) {
-    Machine& machine = SharedMachine(static_cast<std::size_t>(state.range(0)));
+    FilledRegistry& machine = SharedMachine(static_cast<std::size_t>(state.range(0)));
     RecordedRegistry& registry = machine.registry;
     char16_t name[256];
     std::byte data[1024];
