@@ -11,6 +11,7 @@ namespace roundup {
 using InstallerHandle = std::uint32_t;
 
 // INSTALLSTATE of msi.h, as far as GetComponentPath gives it.
+inline constexpr std::int32_t kInstallStateMoreData = -3;
 inline constexpr std::int32_t kInstallStateUnknown = -1;
 inline constexpr std::int32_t kInstallStateAbsent = 2;
 inline constexpr std::int32_t kInstallStateLocal = 3;

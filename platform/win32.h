@@ -34,6 +34,7 @@ inline constexpr Win32Error kErrorUnknownProperty = 1608;
 inline constexpr Win32Error kErrorBadQuerySyntax = 1615;
 inline constexpr Win32Error kErrorOpenFailed = 110;
 inline constexpr Win32Error kErrorFunctionFailed = 1627;
+inline constexpr Win32Error kErrorInvalidDatatype = 1804;
 inline constexpr Win32Error kErrorCannotAccessFile = 1920;
 inline constexpr Win32Error kErrorNotAReparsePoint = 4390;
 

@@ -10,6 +10,9 @@
 
 namespace roundup {
 
+// Set in every value of NextHandleValue. Handles of keys are numbers of their own, in which it is clear.
+inline constexpr std::uint64_t kHandleMark = std::uint64_t{1} << 63;
+
 // A value that no other call in this process answers, whatever it is for; never 0, and always even.
 std::uint64_t NextHandleValue() noexcept;
 

@@ -1,0 +1,86 @@
+#include "platform/recorded/installer/recordedinstaller.h"
+
+#include <utility>
+
+#include "platform/recorded/installer/installeranswer.h"
+
+namespace roundup {
+
+namespace {
+
+// Handles of the installer have 32 bits, those of the tables without their mark. A process that used them all up gets
+// no more.
+constexpr std::uint64_t TableValue(InstallerHandle handle) noexcept { return kHandleMark | handle; }
+
+template <class T>
+Win32Error AddObject(HandleTable<T>& table, std::shared_ptr<T> object, InstallerHandle& handle) {
+    const std::uint64_t value = table.Add(std::move(object));
+    handle = static_cast<InstallerHandle>(value);
+    if (TableValue(handle) == value) return kErrorSuccess;
+    handle = 0;
+    table.Take(value);
+    return kErrorNotEnoughMemory;
+}
+
+}  // namespace
+
+Win32Error RecordedInstaller::OpenDatabase(const char16_t* path, InstallerHandle& database) {
+    database = 0;
+    if (path == nullptr) return kErrorInvalidParameter;
+    std::shared_ptr<IInstallerDatabase> opened;
+    if (const Win32Error error = OpenInstallerDatabase(m_files, path, opened); error != kErrorSuccess) return error;
+    return AddObject(m_databases, std::move(opened), database);
+}
+
+Win32Error RecordedInstaller::OpenView(InstallerHandle database, const char16_t* query, InstallerHandle& view) {
+    view = 0;
+    const std::shared_ptr<IInstallerDatabase> found = m_databases.Find(TableValue(database));
+    if (found == nullptr) return kErrorInvalidHandle;
+    if (query == nullptr) return kErrorInvalidParameter;
+    std::shared_ptr<IInstallerView> opened;
+    if (const Win32Error error = found->OpenView(query, opened); error != kErrorSuccess) return error;
+    return AddObject(m_views, std::move(opened), view);
+}
+
+Win32Error RecordedInstaller::ExecuteView(InstallerHandle view) {
+    const std::shared_ptr<IInstallerView> found = m_views.Find(TableValue(view));
+    return found != nullptr ? found->Execute() : kErrorInvalidHandle;
+}
+
+Win32Error RecordedInstaller::FetchRecord(InstallerHandle view, InstallerHandle& record) {
+    record = 0;
+    const std::shared_ptr<IInstallerView> found = m_views.Find(TableValue(view));
+    if (found == nullptr) return kErrorInvalidHandle;
+    std::shared_ptr<IInstallerRecord> fetched;
+    if (const Win32Error error = found->Fetch(fetched); error != kErrorSuccess) return error;
+    return AddObject(m_records, std::move(fetched), record);
+}
+
+Win32Error RecordedInstaller::GetString(InstallerHandle record, std::uint32_t column, char16_t* buffer,
+                                        std::uint32_t& length) {
+    const std::shared_ptr<IInstallerRecord> found = m_records.Find(TableValue(record));
+    return found != nullptr ? AnswerInstallerText(found->Text(column), buffer, length) : kErrorInvalidHandle;
+}
+
+std::int32_t RecordedInstaller::GetInteger(InstallerHandle record, std::uint32_t column) {
+    const std::shared_ptr<IInstallerRecord> found = m_records.Find(TableValue(record));
+    return found != nullptr ? found->Integer(column) : kNullInteger;
+}
+
+std::uint32_t RecordedInstaller::GetDataSize(InstallerHandle record, std::uint32_t column) {
+    const std::shared_ptr<IInstallerRecord> found = m_records.Find(TableValue(record));
+    return found != nullptr ? found->DataSize(column) : 0;
+}
+
+Win32Error RecordedInstaller::ReadStream(InstallerHandle record, std::uint32_t column, void* buffer,
+                                         std::uint32_t& size) {
+    const std::shared_ptr<IInstallerRecord> found = m_records.Find(TableValue(record));
+    return found != nullptr ? found->ReadStream(column, buffer, size) : kErrorInvalidHandle;
+}
+
+void RecordedInstaller::CloseHandle(InstallerHandle handle) {
+    const std::uint64_t value = TableValue(handle);
+    if (m_records.Take(value) == nullptr && m_views.Take(value) == nullptr) m_databases.Take(value);
+}
+
+}  // namespace roundup
