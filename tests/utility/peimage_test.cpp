@@ -37,7 +37,7 @@ TEST_F(PeImageTest, Magic_DecidesAndBrokenFilesAreNeither) {
         {u"C:\\t\\noending", Image(267), false, false},
         {u"C:\\t\\at the end.exe", Image(267, 1024, 1024 - 264), true, false},
         {u"C:\\t\\cut.exe", Image(267, 1024, 1024 - 263), false, false},
-        {u"C:\\t\\beyond.sys", Image(267, 1024, 0xFFFFFFFFU), false, false},
+        {u"C:\\t\\beyond.sys", Image(267, 1024, 0xFFFFFF00U), false, false},
         {u"C:\\t\\overlapping.com", Image(267, 1024, 0), false, false},
         {u"C:\\t\\short.com", "MZ", false, false},
         {u"C:\\t\\empty.com", "", false, false},
