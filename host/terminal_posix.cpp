@@ -1,12 +1,12 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
-#include <wchar.h>
 
 #include <atomic>
 #include <clocale>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <cwchar>
 
 #include "host/terminal.h"
 

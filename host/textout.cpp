@@ -81,7 +81,7 @@ std::string ReadableSize(std::uint64_t bytes) {
 std::string ReadableDate(std::u16string_view date) {
     const bool digits =
         date.size() == 8 && std::all_of(date.begin(), date.end(), [](char16_t c) { return c >= u'0' && c <= u'9'; });
-    const std::string text = Printable(date);
+    std::string text = Printable(date);
     if (!digits || text.substr(4, 2) < "01" || text.substr(4, 2) > "12") return text;
     if (text.substr(6, 2) < "01" || text.substr(6, 2) > "31") return text;
     return text.substr(0, 4) + "-" + text.substr(4, 2) + "-" + text.substr(6, 2);

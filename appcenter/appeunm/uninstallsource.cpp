@@ -51,7 +51,7 @@ ResultCode UninstallEnumerator::AddEntry(CWFYRegKey& uninstallKey, OwnedString n
     if (!app) return FailQuiet(SmallCode::ObjectAllocation);
     m_values.Read(key);
     FillFromEntry(*app, std::move(name), m_values, m_origin);
-    m_list.push_back(std::move(app));
+    m_list.emplace_back(std::move(app));
     return kSuccess;
 }
 

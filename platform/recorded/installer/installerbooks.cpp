@@ -111,7 +111,9 @@ bool InstallerBooks::HasKey(KeyHandle root, const std::u16string& path) {
 InstallerBooks::Text InstallerBooks::ValueOfUsers(const std::u16string& path, const char16_t* name) {
     const std::u16string users(kUsers);
     for (const std::u16string& user : SubKeys(kHkeyLocalMachine, users)) {
-        if (Text text = ValueText(kHkeyLocalMachine, users + u"\\" + user + u"\\" + path, name)) return text;
+        std::u16string key = users;
+        key.append(u"\\").append(user).append(u"\\").append(path);
+        if (Text text = ValueText(kHkeyLocalMachine, key, name)) return text;
     }
     return {};
 }
@@ -120,7 +122,9 @@ std::vector<std::u16string> InstallerBooks::ReadComponents() {
     std::vector<std::u16string> components;
     const std::u16string users(kUsers);
     for (const std::u16string& user : SubKeys(kHkeyLocalMachine, users)) {
-        for (const std::u16string& key : SubKeys(kHkeyLocalMachine, users + u"\\" + user + u"\\Components")) {
+        std::u16string books = users;
+        books.append(u"\\").append(user).append(u"\\Components");
+        for (const std::u16string& key : SubKeys(kHkeyLocalMachine, books)) {
             const Guid guid = ParseGuid(key, GuidForm::Packed);
             if (!guid.IsNil()) components.emplace_back(GuidText(guid, GuidForm::Braced).View());
         }

@@ -1,5 +1,6 @@
 #include "platform/recorded/registry/recordedregistry.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 #include <optional>
@@ -284,8 +285,8 @@ std::u16string RecordedRegistry::StoredPath(KeyHandle key) {
         if (!node->Name().empty()) names.push_back(node->Name());
     }
     std::u16string path;
-    for (auto name = names.rbegin(); name != names.rend(); ++name)
-        path.append(path.empty() ? u"" : u"\\").append(*name);
+    std::ranges::reverse(names);
+    for (const std::u16string_view name : names) path.append(path.empty() ? u"" : u"\\").append(name);
     return path;
 }
 

@@ -89,8 +89,8 @@ RegistryNode& RegistryViews::Twin(RegistryNode& node, Role topKind, RegistryNode
         names.push_back(at);
     }
     RegistryNode* twin = &twinOfTop;
-    for (auto at = names.rbegin(); at != names.rend(); ++at)
-        twin = &m_tree.MakeChild(*twin, m_tree.Fold((*at)->Name()));
+    std::ranges::reverse(names);
+    for (const RegistryNode* at : names) twin = &m_tree.MakeChild(*twin, m_tree.Fold(at->Name()));
     return *twin;
 }
 

@@ -322,7 +322,8 @@ SourceStatus LoadRegTextFolder(RegistryStore& store, const std::string& folder) 
         std::vector<std::string> names;
         if (SourceStatus status = ListSourceFolder(folder, u".reg", names)) return status;
         for (const std::string& name : names) {
-            const std::string file = folder + "/" + name;
+            std::string file = folder;
+            file.append("/").append(name);
             if (SourceStatus status = CheckInside(FolderAbove(folder), file)) return status;
             if (SourceStatus status = LoadRegText(store, file)) return status;
         }
