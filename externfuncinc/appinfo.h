@@ -3,15 +3,17 @@
 
 #include <atomic>
 #include <cstdint>
+#include <utility>
 
+#include "appcenter/app/iapp.h"
 #include "externfuncinc/roundup.h"
+#include "utility/kvobject.h"
 
 namespace roundup {
 
-class CRoundup;
-
 // An element of the facade's array, which goes as a whole: the count is kept for the host's sake, and reaching 0
-// destroys nothing.
+// destroys nothing. It holds its application itself: the array may outlive the facade's load, for an uninstall that
+// runs, and must not show the icon that has its place in a later one.
 class CAppInfo final : public IRmxApp {
   public:
     CAppInfo() = default;
@@ -21,18 +23,20 @@ class CAppInfo final : public IRmxApp {
     std::uint32_t AddRef() override { return m_count.fetch_add(1, std::memory_order_relaxed) + 1; }
     std::uint32_t Release() override { return m_count.fetch_sub(1, std::memory_order_acq_rel) - 1; }
     _tagAppInfo* GetAppInfo() override { return this; }
-    const std::uint8_t* GetAppIconData() override;
-    std::uint32_t GetAppIconSize() override;
+    const std::uint8_t* GetAppIconData() override {
+        return m_app ? reinterpret_cast<const std::uint8_t*>(m_app->GetIconData()) : nullptr;
+    }
+    std::uint32_t GetAppIconSize() override { return m_app ? m_app->GetIconDataSize() : 0; }
 
-    // owner outlives the object and is not counted; index is the place in the bridge's array.
-    void Bind(CRoundup* owner, std::int32_t index) noexcept {
-        m_owner = owner;
+    // The application, which may be null, and its place in the bridge's array.
+    void Bind(RefPtr<IApp> app, std::int32_t index) noexcept {
+        m_app = std::move(app);
         m_index = index;
     }
     std::int32_t Index() const noexcept { return m_index; }
 
   private:
-    CRoundup* m_owner = nullptr;  // null for an element that was never filled
+    RefPtr<IApp> m_app;  // null for an element that was never filled
     std::int32_t m_index = 0;
     std::atomic<std::uint32_t> m_count{1};
 };

@@ -8,13 +8,6 @@
 
 namespace roundup {
 
-const std::uint8_t* CAppInfo::GetAppIconData() {
-    if (m_owner == nullptr) return nullptr;
-    return reinterpret_cast<const std::uint8_t*>(m_owner->GetIconData(m_index));
-}
-
-std::uint32_t CAppInfo::GetAppIconSize() { return m_owner != nullptr ? m_owner->GetIconSize(m_index) : 0; }
-
 CRoundup::CRoundup(RefPtr<IAppManager> manager) noexcept {
     const auto build = [&] {
         m_bridge = std::make_shared<CExternFuncCall>(std::move(manager));
@@ -39,7 +32,7 @@ std::int64_t CRoundup::Uninit() {
 void CRoundup::DropAll() {
     m_ready = false;
     m_bridge.reset();
-    m_observer.Reset();
+    ReplaceObserver(nullptr);
     m_launcher.reset();
     DropRecords();
 }
@@ -52,8 +45,19 @@ void CRoundup::DropRecords() noexcept {
 void CRoundup::SetObserver(IRoundupObserver* observer) {
     // An observer that is set anew, and that nobody else holds, must not die in between.
     auto next = observer == m_observer.Get() ? RefPtr<IRoundupObserver>::Share(observer) : nullptr;
-    m_observer.Reset();
-    m_observer = next ? std::move(next) : RefPtr<IRoundupObserver>::Share(observer);
+    ReplaceObserver(nullptr);
+    ReplaceObserver(next ? std::move(next) : RefPtr<IRoundupObserver>::Share(observer));
+}
+
+// The former observer is released outside of the lock: what it does then is its own business.
+void CRoundup::ReplaceObserver(RefPtr<IRoundupObserver> next) {
+    const LockGuard guard(m_observerLock);
+    std::swap(m_observer, next);
+}
+
+IRoundupObserver* CRoundup::Observer() {
+    const LockGuard guard(m_observerLock);
+    return m_observer.Get();
 }
 
 std::uint8_t CRoundup::ForwardProgress(std::uint32_t percent, void* facade) {
@@ -91,12 +95,15 @@ std::int64_t CRoundup::LoadCatalogue() {
 // Without memory for the records the catalogue counts as empty.
 void CRoundup::FillRecords() {
     const std::int32_t count = m_bridge->GetAppCount();
-    m_records.reset(new (std::nothrow) CAppInfo[static_cast<std::size_t>(count)]);
+    const auto make = [count]() -> std::shared_ptr<CAppInfo[]> {
+        return std::make_unique<CAppInfo[]>(static_cast<std::size_t>(count));
+    };
+    m_records = AtBoundary(make, [] { return std::shared_ptr<CAppInfo[]>(); });
     m_recordCount = m_records != nullptr ? count : 0;
     for (std::int32_t i = 0; i < m_recordCount; ++i) {
-        CAppInfo& record = m_records[static_cast<std::size_t>(i)];
+        CAppInfo& record = m_records[i];
         if (!m_bridge->FillRecord(record.GetAppInfo(), i)) continue;
-        record.Bind(this, i);
+        record.Bind(m_bridge->Share(i), i);
         record.GetAppInfo()->dwReserved = 0;
     }
 }
@@ -109,7 +116,7 @@ std::int64_t CRoundup::EnumApps() {
 
 void CRoundup::ReplayRecords() {
     for (std::int32_t i = 0; IsOperational() && i < m_recordCount; ++i) {
-        if (m_bridge->IsIndexPresent(i)) m_observer->OnAppInfo(&m_records[static_cast<std::size_t>(i)]);
+        if (m_bridge->IsIndexPresent(i)) m_observer->OnAppInfo(&m_records[i]);
     }
 }
 
@@ -125,11 +132,13 @@ bool CRoundup::StartUninstall(CAppInfo& record) {
     OwnedString command;
     std::uint8_t hidden = 0;
     if (!m_bridge->GetUninstallCommand(record.Index(), command, hidden)) return false;
+    // The host may load again before the uninstall has ended, and gets this record all the same.
+    std::shared_ptr<IRmxApp> pinned(m_records, &record);
     if (command.IsEmpty()) {
-        m_observer->OnUnInstallDone(&record, 0);
+        m_observer->OnUnInstallDone(pinned.get(), 0);
         return true;
     }
-    return m_launcher->AddUnInstallProc(command, hidden, &record);
+    return m_launcher->AddUnInstallProc(command, hidden, std::move(pinned));
 }
 
 // The record that app is, null for anything but one of the current records: the pointer comes from the host, which may
@@ -140,15 +149,7 @@ CAppInfo* CRoundup::RecordOf(IRmxApp* app) const noexcept {
     const auto offset = reinterpret_cast<std::uintptr_t>(app) - first;
     const std::uintptr_t index = offset / sizeof(CAppInfo);
     if (offset % sizeof(CAppInfo) != 0 || index >= static_cast<std::uintptr_t>(m_recordCount)) return nullptr;
-    return &m_records[index];
-}
-
-const std::byte* CRoundup::GetIconData(std::int32_t index) const {
-    return m_bridge != nullptr ? m_bridge->GetIconData(index) : nullptr;
-}
-
-std::uint32_t CRoundup::GetIconSize(std::int32_t index) const {
-    return m_bridge != nullptr ? m_bridge->GetIconSize(index) : 0;
+    return &m_records[static_cast<std::ptrdiff_t>(index)];
 }
 
 IRoundupProc* CreateRoundup() noexcept {

@@ -1,7 +1,6 @@
 // The facade behind the module's one export.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -11,6 +10,7 @@
 #include "externfuncinc/roundup.h"
 #include "externfuncinc/uninstallmanager.h"
 #include "utility/kvobject.h"
+#include "utility/locks.h"
 
 namespace roundup {
 
@@ -31,13 +31,11 @@ class CRoundup final : public CKvObject<IRoundupProc> {
     std::uint8_t SaveContendProc() override { return 0; }
     std::int64_t UnInstallApp(IRmxApp* app) override;
 
-    // For the records: the icon of the application at that place.
-    const std::byte* GetIconData(std::int32_t index) const;
-    std::uint32_t GetIconSize(std::int32_t index) const;
     // For programs that link the module's code and tell more of an application than its record does; null when closed.
     const CExternFuncCall* Bridge() const noexcept { return m_bridge.get(); }
-    // For the launcher; null when there is none.
-    IRoundupObserver* Observer() const noexcept { return m_observer.Get(); }
+    // For the launcher, from every thread; null when there is none. Not counted: the host keeps it while uninstalls
+    // run.
+    IRoundupObserver* Observer();
 
   private:
     static std::uint8_t ForwardProgress(std::uint32_t percent, void* facade);
@@ -45,6 +43,7 @@ class CRoundup final : public CKvObject<IRoundupProc> {
     bool IsOperational() const noexcept { return m_ready && m_observer; }
     void DropRecords() noexcept;
     void DropAll();
+    void ReplaceObserver(RefPtr<IRoundupObserver> next);
     void Tell(std::uint32_t percent);
     std::int64_t LoadCatalogue();
     void FillRecords();
@@ -53,11 +52,12 @@ class CRoundup final : public CKvObject<IRoundupProc> {
     CAppInfo* RecordOf(IRmxApp* app) const noexcept;
 
     std::shared_ptr<CExternFuncCall> m_bridge;  // shared with a load that is under way
-    RefPtr<IRoundupObserver> m_observer;
+    CriticalSection m_observerLock;
+    RefPtr<IRoundupObserver> m_observer;  // changed under the lock, by the host's thread, which reads it without
     bool m_ready = false;
     bool m_loading = false;
     std::int32_t m_recordCount = 0;
-    std::unique_ptr<CAppInfo[]> m_records;
+    std::shared_ptr<CAppInfo[]> m_records;  // shared with the uninstalls that run
     std::unique_ptr<CUnInstallManager> m_launcher;
 };
 

@@ -65,9 +65,11 @@ std::uint32_t CExternFuncCall::GetIconSize(std::int32_t index) const {
     return app != nullptr ? app->GetIconDataSize() : 0;
 }
 
-const IApp* CExternFuncCall::At(std::int32_t index) const noexcept {
+const IApp* CExternFuncCall::At(std::int32_t index) const noexcept { return Share(index).Get(); }
+
+RefPtr<IApp> CExternFuncCall::Share(std::int32_t index) const noexcept {
     if (index < 0 || index >= GetAppCount()) return nullptr;
-    return m_apps[static_cast<std::size_t>(index)].Get();
+    return m_apps[static_cast<std::size_t>(index)];
 }
 
 }  // namespace roundup

@@ -30,6 +30,8 @@ class CExternFuncCall {
     std::int32_t GetAppCount() const noexcept { return static_cast<std::int32_t>(m_apps.size()); }
     // The application of that place, which stays the bridge's; null for one that could not be had.
     const IApp* At(std::int32_t index) const noexcept;
+    // The same with a reference of the caller's own.
+    RefPtr<IApp> Share(std::int32_t index) const noexcept;
     // Fills a new record; one whose application could not be had stays empty.
     bool FillRecord(_RoundupAppInfo_* record, std::int32_t index) const;
     // The icon's bytes belong to the application and stay until the next load.

@@ -24,9 +24,11 @@
 //
 // Ownership: objects end with Release, never with delete. The records belong to the facade: a pointer to one is good
 // until the next LoadApps, Uninit or the last Release of the facade, whichever comes first, and its count may go up and
-// down in pairs without effect on that. The observer belongs to the host; the facade holds one reference to it between
-// SetObserver and the next SetObserver, Uninit or its own end. While uninstalls run the host keeps the observer, the
-// records and the module itself in place until each OnUnInstallDone has come.
+// down in pairs without effect on that. The record of an uninstall that runs stays good, with the texts and the icon
+// that it has, until its OnUnInstallDone has returned, also across LoadApps. The observer belongs to the host; the
+// facade holds one reference to it between SetObserver and the next SetObserver, Uninit or its own end. While
+// uninstalls run the host keeps the observer and the module itself in place until each OnUnInstallDone has come; none
+// comes behind Uninit, the last Release or SetObserver(null), and the process goes on alone.
 //
 // Errors are return values; no operation throws.
 #pragma once

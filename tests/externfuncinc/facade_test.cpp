@@ -218,15 +218,15 @@ TEST_F(FacadeTest, RecordCount_DestroysNothing) {
     EXPECT_EQ(FirstRecord(), record);
 }
 
-// Applications of the snapshot are held by the bridge alone after the manager has let go of them.
+// Applications of the snapshot are held by the bridge and the record alone after the manager has let go of them.
 TEST_F(FacadeTest, Snapshot_KeepsApplicationsUntilTheNextLoad) {
     Arm();
     m_facade->LoadApps(0);
     RefPtr<CApp> app = m_manager->loaded[0];
     m_manager->loaded.clear();
     m_manager->found.clear();
-    EXPECT_EQ(app->AddRef(), 3U);
-    EXPECT_EQ(app->Release(), 2U);
+    EXPECT_EQ(app->AddRef(), 4U);
+    EXPECT_EQ(app->Release(), 3U);
     m_facade->LoadApps(0);
     EXPECT_EQ(app->AddRef(), 2U);
     EXPECT_EQ(app->Release(), 1U);
