@@ -29,7 +29,8 @@ constexpr int DigitOf(char16_t c) noexcept {
 
 }  // namespace
 
-Guid ParseGuid(std::u16string_view text, GuidForm form) noexcept {
+Guid ParseGuid(TextOrNull source, GuidForm form) noexcept {
+    const std::u16string_view text = source.View();
     const std::u16string_view layout = LayoutOf(form);
     if (text.size() != layout.size()) return Guid{};
     Guid value;

@@ -39,8 +39,8 @@ enum class GuidForm : std::uint8_t {
 };
 
 // The value of a text that is whole in that form: its length, every brace, dash and digit (of either case) in place.
-// Anything else gives nil.
-Guid ParseGuid(std::u16string_view text, GuidForm form) noexcept;
+// Anything else, also null, gives nil.
+Guid ParseGuid(TextOrNull text, GuidForm form) noexcept;
 
 // The text in upper-case digits; null when memory is short.
 OwnedString FormatGuid(const Guid& value, GuidForm form) noexcept;

@@ -63,43 +63,49 @@ void OwnedString::Measure() noexcept {
 
 void OwnedString::Free(char16_t* block) noexcept { std::free(block); }
 
-bool AssignString(OwnedString& target, std::u16string_view source) noexcept {
-    if (!source.empty()) return target.Assign(source);
+bool AssignString(OwnedString& target, TextOrNull source) noexcept {
+    if (!source.IsEmpty()) return target.Assign(source.View());
     target.Reset();
     return true;
 }
 
-bool AssignConcat(OwnedString& target, std::u16string_view first, std::u16string_view second) noexcept {
-    if (!first.empty() && !second.empty()) return AssignJoined(target, first, second, {});
+bool AssignConcat(OwnedString& target, TextOrNull first, TextOrNull second) noexcept {
+    if (!first.IsEmpty() && !second.IsEmpty()) return AssignJoined(target, first.View(), second.View(), {});
     target.Reset();
     return true;
 }
 
-bool AssignConcat3(OwnedString& target, std::u16string_view first, std::u16string_view second,
-                   std::u16string_view third) noexcept {
-    if (!first.empty() && !second.empty() && !third.empty()) return AssignJoined(target, first, second, third);
+bool AssignConcat3(OwnedString& target, TextOrNull first, TextOrNull second, TextOrNull third) noexcept {
+    if (!first.IsEmpty() && !second.IsEmpty() && !third.IsEmpty()) {
+        return AssignJoined(target, first.View(), second.View(), third.View());
+    }
     target.Reset();
     return true;
 }
 
-bool EndsWithNoCase(std::u16string_view text, std::u16string_view ending) noexcept {
-    if (text.empty() || ending.empty() || ending.size() > text.size()) return false;
-    return EqualsNoCase(text.substr(text.size() - ending.size()), ending);
+bool EndsWithNoCase(TextOrNull text, TextOrNull ending) noexcept {
+    const std::u16string_view whole = text.View();
+    const std::u16string_view end = ending.View();
+    if (whole.empty() || end.empty() || end.size() > whole.size()) return false;
+    return EqualsNoCase(whole.substr(whole.size() - end.size()), end);
 }
 
-bool ContainsNoCase(std::u16string_view text, std::u16string_view part) noexcept {
-    if (text.empty() || part.empty() || part.size() > text.size()) return false;
+bool ContainsNoCase(TextOrNull text, TextOrNull part) noexcept {
+    const std::u16string_view whole = text.View();
+    const std::u16string_view piece = part.View();
+    if (whole.empty() || piece.empty() || piece.size() > whole.size()) return false;
     const auto same = [](char16_t a, char16_t b) { return a == b || ToUpper(a) == ToUpper(b); };
-    return std::search(text.begin(), text.end(), part.begin(), part.end(), same) != text.end();
+    return std::search(whole.begin(), whole.end(), piece.begin(), piece.end(), same) != whole.end();
 }
 
-void CopyBounded(char16_t* target, std::u16string_view source, std::size_t size) noexcept {
+void CopyBounded(char16_t* target, TextOrNull source, std::size_t size) noexcept {
     if (size == 0) return;
-    std::size_t length = std::min(source.size(), size - 1);
-    const bool splits = length != 0 && length < source.size() && (source[length - 1] & 0xFC00) == 0xD800 &&
-                        (source[length] & 0xFC00) == 0xDC00;
+    const std::u16string_view text = source.View();
+    std::size_t length = std::min(text.size(), size - 1);
+    const bool splits = length != 0 && length < text.size() && (text[length - 1] & 0xFC00) == 0xD800 &&
+                        (text[length] & 0xFC00) == 0xDC00;
     if (splits) --length;
-    std::copy_n(source.data(), length, target);
+    std::copy_n(text.data(), length, target);
     target[length] = u'\0';
 }
 

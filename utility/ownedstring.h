@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 namespace roundup {
@@ -57,20 +58,54 @@ class OwnedString {
     std::size_t m_length = 0;
 };
 
+// A text that is only read, or null, where one may be: made from a pointer, an OwnedString, or anything that converts to
+// a view. A plain view cannot be made from a null pointer, and many an operation answers one.
+class TextOrNull {
+  public:
+    TextOrNull() noexcept = default;
+    TextOrNull(std::nullptr_t) noexcept {}  // NOLINT(google-explicit-constructor)
+    template <class T>
+    requires std::is_convertible_v<const T&, std::u16string_view>
+    TextOrNull(const T& text) noexcept {  // NOLINT(google-explicit-constructor)
+        if constexpr (std::is_pointer_v<std::decay_t<T>>) {
+            const char16_t* const pointer = text;
+            m_isNull = pointer == nullptr;
+            if (!m_isNull) m_view = pointer;
+        } else if constexpr (std::is_same_v<T, OwnedString>) {
+            m_isNull = text.IsNull();
+            m_view = text;
+        } else {
+            m_isNull = false;
+            m_view = text;
+        }
+    }
+
+    bool IsNull() const noexcept { return m_isNull; }
+    // Empty for null.
+    std::u16string_view View() const noexcept { return m_view; }
+    bool IsEmpty() const noexcept { return m_view.empty(); }
+
+  private:
+    std::u16string_view m_view;
+    bool m_isNull = true;
+};
+
+// In all of these a null text counts as an empty one.
+
 // Frees the old content and leaves it null; a source without text leaves it so. False when out of memory.
-bool AssignString(OwnedString& target, std::u16string_view source) noexcept;
+bool AssignString(OwnedString& target, TextOrNull source) noexcept;
 // The same with the sources joined; the target stays null unless every source has text.
-bool AssignConcat(OwnedString& target, std::u16string_view first, std::u16string_view second) noexcept;
-bool AssignConcat3(OwnedString& target, std::u16string_view first, std::u16string_view second,
-                   std::u16string_view third) noexcept;
+bool AssignConcat(OwnedString& target, TextOrNull first, TextOrNull second) noexcept;
+bool AssignConcat3(OwnedString& target, TextOrNull first, TextOrNull second,
+                   TextOrNull third) noexcept;
 
 // False when either text is empty.
-bool EndsWithNoCase(std::u16string_view text, std::u16string_view ending) noexcept;
+bool EndsWithNoCase(TextOrNull text, TextOrNull ending) noexcept;
 // Substring test on upper-cased characters; false when either text is empty.
-bool ContainsNoCase(std::u16string_view text, std::u16string_view part) noexcept;
+bool ContainsNoCase(TextOrNull text, TextOrNull part) noexcept;
 
 // Copies source to an array of size characters, terminator included; what does not fit is cut, never inside a
 // surrogate pair. size 0 does nothing.
-void CopyBounded(char16_t* target, std::u16string_view source, std::size_t size) noexcept;
+void CopyBounded(char16_t* target, TextOrNull source, std::size_t size) noexcept;
 
 }  // namespace roundup

@@ -56,7 +56,8 @@ class RegValueView {
 };
 
 // The operations of one open key. A failure is small code 0x21 with the Win32 error in the upper half unless told
-// otherwise. Names may be null or empty: the default value.
+// otherwise. Names may be null or empty: the default value. The order of the operations, behind those of IKvObject, is
+// fixed.
 class IRegIO : public IKvObject {
   public:
     // Opens subKey (null or empty: the parent itself) below a root or an open key, in the 64-bit or the 32-bit view;

@@ -104,13 +104,15 @@ const char16_t* GetSpecialFolder(std::uint32_t number) {
     return path != nullptr ? path->Get() : nullptr;
 }
 
-bool IsSpecialFolder(std::u16string_view path) {
+bool IsSpecialFolder(TextOrNull text) {
+    std::u16string_view path = text.View();
     if (path.size() < 2) return false;
     if (IsSeparator(path.back())) path.remove_suffix(1);
     return ProcessWide<SpecialFolderMap>().NumberOf(path) >= 0;
 }
 
-std::uint32_t FindSpecialFolderPrefix(std::u16string_view path, std::size_t& length) {
+std::uint32_t FindSpecialFolderPrefix(TextOrNull text, std::size_t& length) {
+    const std::u16string_view path = text.View();
     const SpecialFolderMap& folders = ProcessWide<SpecialFolderMap>();
     for (std::size_t end = path.size(); end != std::u16string_view::npos && end != 0;
          end = path.find_last_of(u"\\/", end - 1)) {
@@ -123,18 +125,18 @@ std::uint32_t FindSpecialFolderPrefix(std::u16string_view path, std::size_t& len
     return 0;
 }
 
-bool IsUnderWindows(std::u16string_view path, bool below) { return IsUnder(Csidl::Windows, path, below); }
-bool IsUnderSystem(std::u16string_view path, bool below) { return IsUnder(Csidl::System, path, below); }
-bool IsUnderSystemX86(std::u16string_view path, bool below) { return IsUnder(Csidl::SystemX86, path, below); }
+bool IsUnderWindows(TextOrNull path, bool below) { return IsUnder(Csidl::Windows, path.View(), below); }
+bool IsUnderSystem(TextOrNull path, bool below) { return IsUnder(Csidl::System, path.View(), below); }
+bool IsUnderSystemX86(TextOrNull path, bool below) { return IsUnder(Csidl::SystemX86, path.View(), below); }
 
-int ClassifyProgramFiles(std::u16string_view path, bool below) {
-    if (IsUnder(Csidl::ProgramFilesX86, path, below)) return 1;
-    return IsUnder(Csidl::ProgramFiles, path, below) ? 2 : 0;
+int ClassifyProgramFiles(TextOrNull path, bool below) {
+    if (IsUnder(Csidl::ProgramFilesX86, path.View(), below)) return 1;
+    return IsUnder(Csidl::ProgramFiles, path.View(), below) ? 2 : 0;
 }
 
-bool IsSystemRoot(std::u16string_view path) {
-    if (path.empty()) return false;
-    return path.size() < 4 || IsUnderWindows(path, false) || IsUnderSystem(path, true) ||
+bool IsSystemRoot(TextOrNull path) {
+    if (path.IsEmpty()) return false;
+    return path.View().size() < 4 || IsUnderWindows(path, false) || IsUnderSystem(path, true) ||
            IsUnderSystemX86(path, true) || ClassifyProgramFiles(path, false) != 0;
 }
 

@@ -56,24 +56,26 @@ class SpecialFolderMap {
 const char16_t* GetSpecialFolder(std::uint32_t number);
 inline const char16_t* GetSpecialFolder(Csidl number) { return GetSpecialFolder(static_cast<std::uint32_t>(number)); }
 
+// A path that is null counts as empty.
+
 // True when the path, less one trailing "\" or "/", is a special folder; false below two characters.
-bool IsSpecialFolder(std::u16string_view path);
+bool IsSpecialFolder(TextOrNull path);
 
 // The number of the special folder that is the longest prefix of the path, the whole path included, with the length
 // of that prefix; 0, and length 0, when none is. Prefixes end at a "\" or "/" or with the path.
-std::uint32_t FindSpecialFolderPrefix(std::u16string_view path, std::size_t& length);
+std::uint32_t FindSpecialFolderPrefix(TextOrNull path, std::size_t& length);
 
 // True when the path is that folder, or, with below set, lies in it.
-bool IsUnderWindows(std::u16string_view path, bool below);
-bool IsUnderSystem(std::u16string_view path, bool below);
-bool IsUnderSystemX86(std::u16string_view path, bool below);
+bool IsUnderWindows(TextOrNull path, bool below);
+bool IsUnderSystem(TextOrNull path, bool below);
+bool IsUnderSystemX86(TextOrNull path, bool below);
 
 // 1 for the 32-bit Program Files folder, 2 for the native one, tested in that order; else 0.
-int ClassifyProgramFiles(std::u16string_view path, bool below);
+int ClassifyProgramFiles(TextOrNull path, bool below);
 
 // True for what an application can never have to itself: a path shorter than four characters, the Windows folder, the
 // system folders and what lies in them, the Program Files folders. False for an empty text.
-bool IsSystemRoot(std::u16string_view path);
+bool IsSystemRoot(TextOrNull path);
 // Makes the string null when IsSystemRoot holds for it.
 void DropIfSystemRoot(OwnedString& path);
 

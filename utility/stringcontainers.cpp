@@ -29,20 +29,20 @@ bool CStringSet::Add(TextOrNull text) {
 
 bool CStringSet::Contains(TextOrNull text) const { return !text.IsNull() && contains(text.View()); }
 
-bool CStringMap::Add(std::u16string_view key, std::u16string_view value) {
-    if (key.empty() || value.empty()) return false;
-    const auto at = lower_bound(key);
-    if (at != end() && !key_comp()(key, at->first)) return EqualsNoCase(at->second, value);
-    OwnedString ownKey(key);
-    OwnedString ownValue(value);
+bool CStringMap::Add(TextOrNull key, TextOrNull value) {
+    if (key.IsEmpty() || value.IsEmpty()) return false;
+    const auto at = lower_bound(key.View());
+    if (at != end() && !key_comp()(key.View(), at->first)) return EqualsNoCase(at->second, value.View());
+    OwnedString ownKey(key.View());
+    OwnedString ownValue(value.View());
     if (ownKey.IsNull() || ownValue.IsNull()) return false;
     emplace_hint(at, std::move(ownKey), std::move(ownValue));
     return true;
 }
 
-const OwnedString* CStringMap::Find(std::u16string_view key) const {
-    if (key.empty()) return nullptr;
-    const auto at = find(key);
+const OwnedString* CStringMap::Find(TextOrNull key) const {
+    if (key.IsEmpty()) return nullptr;
+    const auto at = find(key.View());
     return at != end() ? &at->second : nullptr;
 }
 

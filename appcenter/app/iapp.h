@@ -19,8 +19,8 @@ class IWFYFile;
 
 // Counted. But for the count an application holds no lock: one thread at a time works on one object, and those that
 // share it see to that. Texts and blocks that an operation answers belong to the object and stay until it changes or
-// goes; a null text means that it is not known. The order of the operations is fixed: the closed runtime library is
-// compiled against it.
+// goes; a null text means that it is not known. The order of the operations, behind those of IKvObject, is fixed: the
+// closed runtime library is compiled against it.
 class IApp : public IKvObject {
   public:
     virtual bool IsValid() const = 0;

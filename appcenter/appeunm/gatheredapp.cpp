@@ -12,8 +12,6 @@
 namespace roundup {
 namespace {
 
-std::u16string_view ViewOf(const char16_t* text) noexcept { return text != nullptr ? text : std::u16string_view(); }
-
 void LogFields(const CApp& app) {
     const std::pair<const char*, const OwnedString&> fields[] = {
         {"pwszName", app.pwszName},
@@ -54,10 +52,10 @@ RefPtr<IApp> CAppManager::FindPackage(std::u16string_view fullName) {
 }
 
 ResultCode CAppManager::GetGatheredApp(const char16_t* key, const char16_t* name, std::uint64_t flags, IApp** app) {
-    const std::u16string_view wanted = ViewOf(key);
+    const std::u16string_view wanted = TextOrNull(key).View();
     if (app == nullptr || wanted.empty()) return Fail(SmallCode::BadArgument);
     const bool isPackage = (flags & AppFlags::kStorePackage) != 0;
-    RefPtr<IApp> found = isPackage ? FindPackage(wanted) : FindApp(wanted, ViewOf(name));
+    RefPtr<IApp> found = isPackage ? FindPackage(wanted) : FindApp(wanted, TextOrNull(name).View());
     if (!found) return Fail(isPackage ? SmallCode::GeneralFailure : SmallCode::BadArgument);
     if (auto rc = found->Gather(nullptr, nullptr); Failed(rc)) return Pass(rc);
     if (!isPackage) {

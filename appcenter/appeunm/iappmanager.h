@@ -20,7 +20,7 @@ using ProgressCallback = std::uint8_t (*)(std::uint32_t percent, void* context);
 inline constexpr ResultCode kNoCallback{0xFFFFFFFFFFFFFFFFU};
 
 // Counted. Every thread may call; but for Stop and IsContinue, which take no lock, a call waits until a load that is
-// under way has ended. The order of the operations is fixed.
+// under way has ended. The order of the operations, behind those of IKvObject, is fixed.
 class IAppManager : public IKvObject {
   public:
     // The retired load: does nothing and answers -1.

@@ -7,6 +7,7 @@
 
 #include "utility/bufarray.h"
 #include "utility/fixedtext.h"
+#include "utility/guid.h"
 #include "utility/ownedstring.h"
 #include "utility/stringcontainers.h"
 #include "utility/utf.h"
@@ -39,6 +40,22 @@ TEST(OwnedString, EmptySources_LeaveNullAndAreNoFailure) {
     }
     EXPECT_TRUE(AssignConcat3(text, u"a", u"bc", u"d"));
     EXPECT_EQ(text.View(), u"abcd");
+}
+
+// What answers null, such as the name of an application, goes straight into the string functions.
+TEST(OwnedString, NullPointer_CountsAsEmptyText) {
+    const char16_t* const none = nullptr;
+    OwnedString text(u"old");
+    EXPECT_TRUE(AssignString(text, none));
+    EXPECT_TRUE(AssignConcat3(text, u"a", none, u"c"));
+    EXPECT_TRUE(text.IsNull());
+    EXPECT_FALSE(EndsWithNoCase(none, u"a") || EndsWithNoCase(u"a", none));
+    EXPECT_FALSE(ContainsNoCase(none, u"a") || ContainsNoCase(u"a", none));
+    FixedText<4> array(u"old");
+    CopyBounded(array.Data(), none, 4);
+    EXPECT_TRUE(array.IsEmpty());
+    EXPECT_EQ(CStringMap().Find(none), nullptr);
+    EXPECT_TRUE(ParseGuid(none, GuidForm::Braced).IsNil());
 }
 
 TEST(OwnedString, MoreThanMemory_GivesNullAndFalse) {
