@@ -80,6 +80,7 @@ class LogFile {
     bool Open() {
         if (!m_pathKnown) WorkOutPath();
         if (m_file != kInvalidFile) return true;
+        // An empty path is one that cannot be opened either.
         const Win32Error error =
             m_files.Open(m_path.Text(), kGenericRead | kGenericWrite, kShareRead | kShareWrite, kOpenAlways, m_file);
         if (error == kErrorSuccess && m_file != kInvalidFile) return true;
@@ -171,11 +172,10 @@ void log_detail::NameFile(std::u16string_view folder, std::u16string_view execut
     name.remove_prefix(name.find_last_of(u"\\/:") + 1);
     name = name.substr(0, name.rfind(u'.'));
     // The product's own host, and one whose name is a piece of the product's, has the shared file.
-    if (kProduct.find(name) != std::u16string_view::npos) {
-        FormatText(path, u"%smorrowWayferry.log", folder);
-    } else {
-        FormatText(path, u"%smorrowWayferry_%s.log", folder, name);
-    }
+    const bool whole = kProduct.find(name) != std::u16string_view::npos
+                           ? FormatText(path, u"%smorrowWayferry.log", folder)
+                           : FormatText(path, u"%smorrowWayferry_%s.log", folder, name);
+    if (folder.empty() || !whole) path.Clear();
 }
 
 void log_detail::WriteLine(std::u16string_view format, const Argument* list, std::size_t count) noexcept {

@@ -7,7 +7,8 @@ namespace roundup {
 
 namespace log_detail {
 inline constexpr std::size_t kMaxPath = 260;
-// The path of the log of a host with that executable; folder ends in a backslash.
+// The path of the log of a host with that executable; folder ends in a backslash. Empty without a folder, and when the
+// path does not fit: a relative or a cut one would name a file somewhere else.
 void NameFile(std::u16string_view folder, std::u16string_view executable, FixedText<kMaxPath>& path) noexcept;
 void WriteLine(std::u16string_view format, const formattext_detail::Argument* list, std::size_t count) noexcept;
 }  // namespace log_detail

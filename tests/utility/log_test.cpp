@@ -105,6 +105,12 @@ TEST(LogName, HostNameThatIsAPieceOfTheProducts_SharesItsFile) {
         log_detail::NameFile(u"C:\\T\\", row.executable, path);
         EXPECT_EQ(path.View(), std::u16string(u"C:\\T\\").append(row.name));
     }
+    // A relative path, or one that was cut, would name a file somewhere else.
+    for (const std::u16string& folder : {std::u16string(), std::u16string(236, u'd') + u"\\"}) {
+        FixedText<260> path(u"before");
+        log_detail::NameFile(folder, u"C:\\P\\tool.exe", path);
+        EXPECT_TRUE(path.IsEmpty());
+    }
 }
 
 TEST_F(Log, EmptyFile_GetsMarkAndMemoryLineBeforeItsFirstLine) {
