@@ -76,13 +76,15 @@ bool ReplacePrefix(FixedText<kPathSize>& path, std::size_t length, std::u16strin
 
 enum class Step { Next, Followed, Stop, Fail };
 
-// Tries the prefix of length characters.
-Step FollowPrefix(FixedText<kPathSize>& path, std::size_t length) {
+// Tries the prefix of length characters; length becomes that of what stands in its place afterwards.
+Step FollowPrefix(FixedText<kPathSize>& path, std::size_t& length) {
     const FixedText<kPathSize> prefix(path.View().substr(0, length));
     FixedText<kPathSize> target;
     if (!IsReparseFolder(prefix.Text()) || !GetMountTarget(prefix.Text(), target)) return Step::Next;
     if (IsSameOrInside(prefix, target) || IsSameOrInside(target, prefix)) return Step::Stop;
-    return ReplacePrefix(path, length, target) ? Step::Followed : Step::Fail;
+    if (!ReplacePrefix(path, length, target)) return Step::Fail;
+    length = target.View().size();
+    return Step::Followed;
 }
 
 }  // namespace
@@ -105,7 +107,7 @@ bool ResolveMountPoints(const char16_t* path, char16_t* target, std::size_t size
     int followed = 0;
     std::size_t start = kDriveRoot;  // where the part to try begins
     while (start < work.View().size()) {
-        const std::size_t end = std::min(work.View().find(u'\\', start), work.View().size());
+        std::size_t end = std::min(work.View().find(u'\\', start), work.View().size());
         const Step step = FollowPrefix(work, end);
         if (step == Step::Fail) return false;
         if (step == Step::Stop) break;
@@ -114,8 +116,8 @@ bool ResolveMountPoints(const char16_t* path, char16_t* target, std::size_t size
             continue;
         }
         if (++followed > kMostMountPoints) return false;
-        // What stands in front is a new path, any part of which may be a mount point too.
-        start = kDriveRoot;
+        // The new path goes on from the same position. A target that ends in front of it may be a mount point too.
+        if (start >= end) start = std::max(work.View().substr(0, end).rfind(u'\\') + 1, kDriveRoot);
     }
     if (followed == 0 || work.View().size() >= size) return false;
     CopyBounded(target, work, size);

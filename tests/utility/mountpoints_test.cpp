@@ -22,7 +22,7 @@ TEST_F(MountPointsTest, Path_FollowsEveryMountPointInIt) {
     builder.Reparse(u"D:\\r", u"D:\\deep").Reparse(u"D:\\real\\sub\\next", u"D:\\deep\\er");
     builder.Reparse(u"C:\\self", u"C:\\self").Reparse(u"C:\\up\\down", u"C:\\up").Reparse(u"C:\\in", u"C:\\in\\side");
     builder.Reparse(u"C:\\ping", u"C:\\pong").Reparse(u"C:\\pong", u"C:\\ping").Reparse(u"E:\\fat\\l", u"D:\\real");
-    builder.Folder(u"C:\\linked");
+    builder.Folder(u"C:\\linked").Reparse(u"C:\\a\\long\\way\\in", u"D:\\r\\er").Reparse(u"C:\\in2", u"D:\\r\\er");
     Start();
     const struct {
         const char16_t* path;
@@ -32,6 +32,9 @@ TEST_F(MountPointsTest, Path_FollowsEveryMountPointInIt) {
         {u"c:\\LINK\\sub\\file.txt", u"+D:\\real\\sub\\file.txt"},
         {u"C:\\link\\sub\\next\\x", u"+D:\\deep\\er\\x"},
         {u"C:\\a\\long\\way\\down\\er", u"+D:\\deep\\er"},  // the target is shorter than what it replaces
+        // The search goes on from its position: what the target has in front of that is not looked at.
+        {u"C:\\a\\long\\way\\in\\x", u"+D:\\r\\er\\x"},
+        {u"C:\\in2\\x", u"+D:\\deep\\er\\x"},
         {u"C:\\linked\\x", u"-untouched"},
         {u"D:\\real\\sub", u"-untouched"},
         {u"E:\\fat\\l\\x", u"-untouched"},
