@@ -7,6 +7,7 @@
 #include <set>
 #include <vector>
 
+#include "appcenter/app/apporigin.h"
 #include "appcenter/app/iapp.h"
 #include "appcenter/appfile/appfile.h"
 #include "utility/guid.h"
@@ -93,6 +94,8 @@ class CApp : public CKvObject<IApp> {
     std::vector<RefPtr<IApp>> SubApps;
     std::set<Guid> RelatedCodes;
     OwnedString pwszInstallDate;
+    std::uint32_t dwOrigins = 0;                // AppOrigin
+    LinkReason eLinkReason = LinkReason::None;  // why it hangs below another application
     // Point into Files.
     CWFYFile* pConfigFile = nullptr;
     CWFYFile* pIndexFile = nullptr;

@@ -76,6 +76,7 @@ void CApp::MergeFrom(CApp& source) {
     CopyWhenEmpty(pwszUnInstallProgram, source.pwszUnInstallProgram);
     CopyWhenEmpty(pwszIconProgram, source.pwszIconProgram);
     qwFlags |= source.qwFlags;
+    dwOrigins |= source.dwOrigins;
     dwTag = source.dwTag;
 }
 

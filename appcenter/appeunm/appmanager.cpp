@@ -3,16 +3,9 @@
 #include <algorithm>
 #include <memory>
 
-#include "platform/machine.h"
+#include "appcenter/appeunm/runtimestandin.h"
 
 namespace roundup {
-namespace {
-
-RefPtr<IHearthRuntime> OpenRuntime() {
-    return RefPtr<IHearthRuntime>::Adopt(CurrentMachine().ClosedLibraries().OpenHearthRuntime());
-}
-
-}  // namespace
 
 CAppManager::CAppManager() : m_runtime(OpenRuntime()) {}
 

@@ -1,22 +1,90 @@
 #include "appcenter/appeunm/reconcile.h"
 
 #include <iterator>
+#include <utility>
 
 #include "appcenter/appeunm/appmanager.h"
+#include "appcenter/appeunm/attachclaims.h"
+#include "appcenter/appeunm/hidepasses.h"
+#include "appcenter/appeunm/locationpasses.h"
+#include "appcenter/appeunm/mergelists.h"
+#include "appcenter/appeunm/suitegroup.h"
+#include "utility/boundary.h"
+
+// The sources deliver two overlapping pictures: the Uninstall entries, which are the spine of the catalogue, and the
+// records of Windows Installer, which live on only by being merged into an entry or hung below one. Every step works
+// on what the one before has left, so their order is part of the result. docs/reconciliation.md has them as a table,
+// whose row numbers stand at the code of each step.
+//
+// Wherever a rule says "the first that fits", the order of the list decides and an index finds it.
 
 namespace roundup {
 namespace {
 
-void MoveAll(AppList& from, AppList& to) {
-    to.insert(to.end(), std::make_move_iterator(from.begin()), std::make_move_iterator(from.end()));
-    from.clear();
+// The applications of a source's list, none of which is a store package.
+CAppList TakeAll(AppList& list) {
+    CAppList taken;
+    taken.reserve(list.size());
+    for (RefPtr<IApp>& app : list) {
+        if (app->IsAppx() == 0) taken.push_back(RefPtr<CApp>::Adopt(static_cast<CApp*>(app.Detach())));
+    }
+    list.clear();
+    return taken;
+}
+
+CAppList TakeInstalls(AppList& list) {
+    CAppList taken = TakeAll(list);
+    for (const RefPtr<CApp>& record : taken) record->dwOrigins |= AppOrigin::kInstaller;
+    return taken;
+}
+
+// Rows 4 and 18.
+void DropRemaining(const IContinue& goOn, const char16_t* what, CAppList& list) {
+    for (const RefPtr<CApp>& app : list) {
+        if (goOn.IsContinue() == 0) break;
+        LogRemaining(what, *app);
+    }
+    list.clear();
+}
+
+using HidePass = ResultCode (*)(CAppManager& manager, CAppList& main, CAppList& hide);
+
+constexpr HidePass kHidePasses[] = {
+    AttachSameFolder, AttachByDependency, GroupSuiteComponents,    GroupSuiteSiblings,
+    AttachBySource,   AttachRuntimes,     AttachBySharedComponent,
+};
+
+void RunHidePasses(CAppManager& manager, CAppList& main, CAppList& hide) {
+    for (const HidePass pass : kHidePasses) {
+        if (manager.IsContinue() == 0) return;
+        const ResultCode rc =
+            AtBoundary([&] { return pass(manager, main, hide); }, [] { return Fail(SmallCode::ObjectAllocation); });
+        Ignore(rc, u"the next pass works on what this one has left");
+    }
 }
 
 }  // namespace
 
+// A load that was stopped has no applications rather than half a forest.
 void Reconcile(CAppManager& manager, AppList& installs, AppList& uninstalls) {
-    MoveAll(installs, manager.Applications());
-    MoveAll(uninstalls, manager.Applications());
+    CAppList records = TakeInstalls(installs);
+    CAppList main = RemoveDuplicates(manager, TakeAll(uninstalls));
+    MergeInstallRecords(manager, main, records);
+    AttachPatches(manager, main, records);
+    DropRemaining(manager, u"remain installApp", records);
+
+    CAppList hide;
+    SortMain(manager, main, AttachClaimed(manager, main), hide);
+    AttachByLocation(manager, main, hide);
+    RunHidePasses(manager, main, hide);
+    DropRemaining(manager, u"remain hideApp", hide);
+
+    BreakCycles(manager, main);
+    ShortenLocations(manager, main);
+
+    if (manager.IsContinue() == 0) return;
+    AppList& apps = manager.Applications();
+    apps.insert(apps.end(), std::make_move_iterator(main.begin()), std::make_move_iterator(main.end()));
 }
 
 }  // namespace roundup

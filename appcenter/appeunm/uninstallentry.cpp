@@ -120,6 +120,8 @@ void FillFromEntry(CApp& app, OwnedString keyName, EntryValues& values, const En
     app.ProductCode = CodeOfKeyName(keyName);
     app.pwszKeyString = std::move(keyName);
     app.qwFlags = EntryFlags(values, values.IsSubordinate(), origin);
+    app.dwOrigins = origin.currentUser ? (origin.view64 ? AppOrigin::kUser64 : AppOrigin::kUser32)
+                                       : (origin.view64 ? AppOrigin::kMachine64 : AppOrigin::kMachine32);
     app.llEstimatedSize = values.EstimatedBytes();
     Move(values, EntryText::DisplayName, app.pwszName);
     Move(values, EntryText::LocalPackage, app.pwszMsiPath);

@@ -41,9 +41,10 @@ std::vector<std::string> Keys(const AppList& apps);
 
 class CatalogueTest : public MachineTest {
   protected:
-    // Adds an entry with a name.
+    // Adds an entry with a name, and with a package, without which it would be no application.
     MachineBuilder& Entry(std::u16string_view key, std::u16string_view name) {
-        return builder.Text(Under(key, name), u"DisplayName", name);
+        return builder.Text(Under(key, name), u"DisplayName", name)
+            .Text(Under(key, name), u"LocalPackage", u"C:\\Windows\\Installer\\1.msi");
     }
     // Loads the machine of the builder. The manager is gone with the next call.
     CAppManager& Load();

@@ -69,6 +69,7 @@ TEST_F(ModuleTest, GetImp_NeedsAMachineAndThenWorks) {
     const std::u16string entry = u"HKLM\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Tool";
     builder.Text(entry, u"DisplayName", u"Tool")
         .Text(entry, u"DisplayVersion", u"1.0")
+        .Text(entry, u"LocalPackage", u"C:\\Windows\\Installer\\1.msi")
         .Dword(entry, u"EstimatedSize", 2);
     const std::string folder = m_scratch.Path() + "/machine";
     builder.WriteTo(folder);

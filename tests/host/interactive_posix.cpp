@@ -28,6 +28,7 @@ void MakeMachine(const std::string& folder, int entries) {
     for (int i = 0; i < entries; ++i) {
         builder.Text(Entry(i), u"DisplayName", u"A rather long name of an application that fills its column")
             .Text(Entry(i), u"Publisher", u"A publisher with a name that is long as well")
+            .Text(Entry(i), u"LocalPackage", u"C:\\Windows\\Installer\\1.msi")
             .Text(Entry(i), u"InstallDate", u"20240301");
     }
     builder.WriteTo(folder);

@@ -28,6 +28,10 @@ class ProgramTest : public ::testing::Test {
             .Text(Entry(u"Hostile"), u"DisplayName", u"Red\x1b[31m\x202E \xD800 end")
             .Text(Entry(u"Wide"), u"DisplayName", u"\x65E5\x672C\x8A9E\x306E\x540D\x524D")
             .Text(Entry(u"Long"), u"DisplayName", std::u16string(400, u'n'));
+        // Without anything to point at an entry is no application.
+        for (const auto* key : {u"Paint", u"Hostile", u"Wide", u"Long"}) {
+            builder.Text(Entry(key), u"LocalPackage", u"C:\\Windows\\Installer\\1.msi");
+        }
         builder.WriteTo(machine);
     }
 
