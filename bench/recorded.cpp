@@ -94,6 +94,7 @@ struct FilledRegistry {
     explicit FilledRegistry(std::size_t entries) : registry(store) {
         const std::string text = ExportText(entries, false);
         if (ParseRegText(store, std::as_bytes(std::span(text)), "bench")) std::abort();
+        store.Settle();
         registry.OpenKey(kHkeyLocalMachine, kUninstall.data(), kView, uninstall);
         for (std::size_t i = 0; i < entries; ++i) names.push_back(Wide(Guid(i)));
     }

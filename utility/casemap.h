@@ -3,6 +3,7 @@
 
 #include <compare>
 #include <cstddef>
+#include <cstring>
 #include <string_view>
 
 namespace roundup {
@@ -31,6 +32,11 @@ bool StartsWithNoCase(std::u16string_view text, std::u16string_view start) noexc
 
 // Order by upper-cased units: that of registry keys and of the entries of a folder.
 std::strong_ordering CompareFolded(std::u16string_view a, std::u16string_view b) noexcept;
+
+// The same text, case and all. What the library has for such views compares unit by unit.
+inline bool EqualsExactly(std::u16string_view a, std::u16string_view b) noexcept {
+    return a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0);
+}
 
 // Hash of the upper-cased units; equal for texts that EqualsNoCase.
 std::size_t HashNoCase(std::u16string_view text) noexcept;

@@ -1,5 +1,17 @@
+// The text may be quoted or not, with blanks in the path or behind it, and the program may be a host that gets the
+// real file as an argument. So candidates are tried until one is a file: the whole text, the arguments and what can be
+// joined from them, and the text cut at each "/" from the end, for a path with blanks that switches follow.
+//
+// A machine has thousands of command lines, and nearly all of them are plain: no quotes but a pair around the program.
+// Such a line is split here, in place, by the few rules of the platform that are left without quotes; the platform is
+// asked about every other one.
+//
+//     MsiExec.exe /X{5B2F...}      the whole, "MsiExec.exe", "/X{5B2F...}"; cut at the "/" it is the program once more
+//     "C:\Tool\uninst.exe" /S      the program
+//     C:\My Tool\uninst.exe /S     the whole, "C:\My", "C:\My\Tool\uninst.exe", and at the cut the program
 #include "utility/commandpaths.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -16,6 +28,12 @@ constexpr std::size_t kPathSize = 520;
 
 constexpr bool IsSeparator(char16_t c) noexcept { return c == u'\\' || c == u'/'; }
 
+std::size_t NameStart(std::u16string_view path) noexcept {
+    std::size_t start = path.size();
+    while (start != 0 && !IsSeparator(path[start - 1])) --start;
+    return start;
+}
+
 // Where a rooted path begins in an argument such as /I:C:\x or path=C:\x: one character before the first ":" that a
 // separator follows. The argument's length when there is none.
 std::size_t FindRooted(std::u16string_view argument) {
@@ -25,66 +43,102 @@ std::size_t FindRooted(std::u16string_view argument) {
     return argument.size();
 }
 
+// Splits a plain line in two: the program, in front of the first blank or in quotes, and what stands behind it, in
+// which blanks alone part arguments and a backslash is nothing but itself. False for a line that is not plain.
+// Control characters mean several things, and a blank at the start makes the program's name empty: such lines are left
+// to the platform too.
+bool SplitPlainLine(std::u16string_view line, std::u16string_view& program, std::u16string_view& rest) noexcept {
+    const bool quoted = line.front() == u'"';
+    if (quoted) line.remove_prefix(1);
+    const std::size_t end = std::min(line.find(quoted ? u'"' : u' '), line.size());
+    if (end == 0 || (quoted && end == line.size())) return false;
+    program = line.substr(0, end);
+    rest = line.substr(quoted ? end + 1 : end);
+    if (!rest.empty() && rest.front() != u' ') return false;
+    // Without a branch for each character, so that many are looked at at a time.
+    unsigned found = 0;
+    for (const char16_t c : program) found |= static_cast<unsigned>(c < u' ') | static_cast<unsigned>(c == u'"');
+    for (const char16_t c : rest) found |= static_cast<unsigned>(c < u' ') | static_cast<unsigned>(c == u'"');
+    return found == 0;
+}
+
+std::u16string_view TakeArgument(std::u16string_view& rest) noexcept {
+    rest.remove_prefix(std::min(rest.find_first_not_of(u' '), rest.size()));
+    const std::u16string_view argument = rest.substr(0, rest.find(u' '));
+    rest.remove_prefix(argument.size());
+    return argument;
+}
+
 }  // namespace
 
-// The text may be quoted or not, with blanks in the path or behind it, and the program may be a host that gets the
-// real file as an argument. So candidates are tried until one is a file: the whole text, the arguments and what can be
-// joined from them, and the text cut at each "/" from the end, for a path with blanks that switches follow.
 CommandPaths::CommandPaths(const char16_t* commandLine) {
     if (commandLine == nullptr || commandLine[0] == u'\0') return;
-    if (Try(commandLine) || TryArguments(commandLine)) return;
-    TryWithoutSwitches(commandLine);
+    const std::u16string_view line = commandLine;
+    if (Try(line)) return;
+    std::u16string_view program;
+    std::u16string_view rest;
+    const bool isPlain = SplitPlainLine(line, program, rest);
+    if (isPlain ? TryPlainLine(program, rest) : TryPlatformSplit(commandLine)) return;
+    TryWithoutSwitches(line, isPlain ? program : std::u16string_view());
 }
 
-bool CommandPaths::Try(const char16_t* candidate) {
-    // A longer text has no long path that fits, and a hostile line brings thousands of them.
-    if (candidate == nullptr || std::u16string_view(candidate).size() >= kPathSize || !IsFilePath(candidate))
-        return false;
+bool CommandPaths::Try(std::u16string_view candidate) {
+    // A longer text has no long path that fits, and a hostile line brings thousands of them. No name has a quote.
+    if (candidate.empty() || candidate.size() >= kPathSize || candidate.front() == u'"') return false;
+    char16_t path[kPathSize];
+    *std::copy(candidate.begin(), candidate.end(), path) = u'\0';
+    if (!IsFilePath(path)) return false;
     char16_t longPath[kPathSize];
-    GetLongPath(candidate, longPath, kPathSize);
-    std::u16string_view name = longPath;
-    name.remove_prefix(name.find_last_of(u"\\/") + 1);
+    const std::u16string_view text(longPath, GetLongPath(path, longPath, kPathSize, &m_isLong));
+    const std::u16string_view name = text.substr(NameStart(text));
     if (name.empty() || EqualsNoCase(name, u"MSIEXEC.EXE")) return false;
-    return AssignString(m_path, longPath);
+    return AssignString(m_path, text);
 }
 
-bool CommandPaths::TryArguments(const char16_t* commandLine) {
-    std::vector<std::u16string> arguments;
-    if (!CurrentMachine().Shell().SplitCommandLine(commandLine, arguments)) return false;
-    OwnedString folder;
-    for (const std::u16string& argument : arguments) {
-        if (TryArgument(argument.c_str(), folder)) return true;
+bool CommandPaths::TryPlainLine(std::u16string_view program, std::u16string_view rest) {
+    std::u16string_view folder;
+    for (std::u16string_view argument = program; !argument.empty(); argument = TakeArgument(rest)) {
+        if (TryArgument(argument, folder)) return true;
     }
     return false;
 }
 
-// folder is the first rooted text that was no file: the first part of a path with blanks, or a host's own folder, in
-// which later arguments may lie. It stays the same from then on.
-bool CommandPaths::TryArgument(const char16_t* argument, OwnedString& folder) {
-    if (Try(argument)) return true;
-    std::u16string_view text = argument;
-    if (folder.IsEmpty()) {
-        const std::size_t start = FindRooted(text);
-        if (start == text.size()) return false;
-        if (start != 0 && Try(argument + start)) return true;
-        text.remove_prefix(start);
-        if (IsSeparator(text.back())) text.remove_suffix(1);
-        AssignString(folder, text);
-        return false;
-    }
-    if (!text.empty() && IsSeparator(text.front())) return false;
-    OwnedString joined;
-    return AssignConcat3(joined, folder, u"\\", text) && Try(joined.Get());
+bool CommandPaths::TryPlatformSplit(const char16_t* commandLine) {
+    std::vector<std::u16string> arguments;
+    if (!CurrentMachine().Shell().SplitCommandLine(commandLine, arguments)) return false;
+    std::u16string_view folder;
+    return std::any_of(arguments.begin(), arguments.end(),
+                       [&](const std::u16string& argument) { return TryArgument(argument, folder); });
 }
 
-bool CommandPaths::TryWithoutSwitches(std::u16string_view commandLine) {
-    OwnedString text(commandLine);
+// folder is the first rooted text that was no file: the first part of a path with blanks, or a host's own folder, in
+// which later arguments may lie. It stays the same from then on.
+bool CommandPaths::TryArgument(std::u16string_view argument, std::u16string_view& folder) {
+    if (Try(argument)) return true;
+    if (folder.empty()) {
+        const std::size_t start = FindRooted(argument);
+        if (start == argument.size()) return false;
+        if (start != 0 && Try(argument.substr(start))) return true;
+        folder = argument.substr(start);
+        if (IsSeparator(folder.back())) folder.remove_suffix(1);
+        return false;
+    }
+    if (argument.empty() || IsSeparator(argument.front())) return false;
+    if (folder.size() + 1 + argument.size() >= kPathSize) return false;
+    char16_t joined[kPathSize];
+    char16_t* const end = std::copy(folder.begin(), folder.end(), joined);
+    *end = u'\\';
+    return Try({joined, std::copy(argument.begin(), argument.end(), end + 1)});
+}
+
+// tried is a candidate that failed already.
+bool CommandPaths::TryWithoutSwitches(std::u16string_view commandLine, std::u16string_view tried) {
+    std::u16string_view text = commandLine;
     for (;;) {
-        const std::size_t slash = text.View().rfind(u'/');
+        const std::size_t slash = text.rfind(u'/');
         if (slash == std::u16string_view::npos) return false;
-        text.Truncate(text.View().substr(0, slash).find_last_not_of(u' ') + 1);
-        // Try measures its text, which for each cut of a very long one would take too long.
-        if (text.Length() < kPathSize && Try(text.Get())) return true;
+        text = text.substr(0, text.substr(0, slash).find_last_not_of(u' ') + 1);
+        if (text != tried && Try(text)) return true;
     }
 }
 

@@ -19,13 +19,44 @@ constexpr std::u16string_view LayoutOf(GuidForm form) noexcept { return kLayouts
 constexpr bool IsHigh(char16_t mark) noexcept { return mark >= u'A' && mark <= u'P'; }
 constexpr bool IsLow(char16_t mark) noexcept { return mark >= u'a' && mark <= u'p'; }
 
-// The value of a hexadecimal digit, -1 for anything else.
-constexpr int DigitOf(char16_t c) noexcept {
-    if (c >= u'0' && c <= u'9') return c - u'0';
-    if (c >= u'A' && c <= u'F') return c - u'A' + 10;
-    if (c >= u'a' && c <= u'f') return c - u'a' + 10;
-    return -1;
+// Where a form has the digits of each byte, and all that is no digit.
+struct Places {
+    std::uint8_t high[16];
+    std::uint8_t low[16];
+    std::uint8_t marks[6];
+    std::uint8_t markCount;
+};
+
+constexpr Places PlacesIn(std::u16string_view layout) noexcept {
+    Places places{};
+    for (std::uint8_t i = 0; i < layout.size(); ++i) {
+        if (IsHigh(layout[i])) {
+            places.high[layout[i] - u'A'] = i;
+        } else if (IsLow(layout[i])) {
+            places.low[layout[i] - u'a'] = i;
+        } else {
+            places.marks[places.markCount++] = i;
+        }
+    }
+    return places;
 }
+
+constexpr Places kPlaces[] = {PlacesIn(kLayouts[0]), PlacesIn(kLayouts[1]), PlacesIn(kLayouts[2]),
+                              PlacesIn(kLayouts[3])};
+
+// The values of hexadecimal digits; any other character has a bit above them.
+constexpr std::uint8_t kNoDigit = 0x80;
+constexpr auto kDigitValues = [] {
+    std::array<std::uint8_t, 128> values{};
+    values.fill(kNoDigit);
+    for (std::uint8_t i = 0; i < 10; ++i) values[u'0' + i] = i;
+    for (std::uint8_t i = 0; i < 6; ++i) {
+        values[u'A' + i] = values[u'a' + i] = static_cast<std::uint8_t>(10 + i);
+    }
+    return values;
+}();
+
+constexpr std::uint32_t DigitOf(char16_t c) noexcept { return c < kDigitValues.size() ? kDigitValues[c] : kNoDigit; }
 
 }  // namespace
 
@@ -33,19 +64,19 @@ Guid ParseGuid(TextOrNull source, GuidForm form) noexcept {
     const std::u16string_view text = source.View();
     const std::u16string_view layout = LayoutOf(form);
     if (text.size() != layout.size()) return Guid{};
-    Guid value;
-    for (std::size_t i = 0; i < layout.size(); ++i) {
-        const char16_t mark = layout[i];
-        if (!IsHigh(mark) && !IsLow(mark)) {
-            if (text[i] != mark) return Guid{};
-            continue;
-        }
-        const int digit = DigitOf(text[i]);
-        if (digit < 0) return Guid{};
-        std::uint8_t& byte = value.bytes[static_cast<std::size_t>(mark - (IsHigh(mark) ? u'A' : u'a'))];
-        byte = static_cast<std::uint8_t>(byte | (IsHigh(mark) ? digit << 4 : digit));
+    const Places& places = kPlaces[static_cast<std::size_t>(form) & 3];
+    for (std::size_t i = 0; i < places.markCount; ++i) {
+        if (text[places.marks[i]] != layout[places.marks[i]]) return Guid{};
     }
-    return value;
+    Guid value;
+    std::uint32_t seen = 0;
+    for (std::size_t i = 0; i < value.bytes.size(); ++i) {
+        const std::uint32_t high = DigitOf(text[places.high[i]]);
+        const std::uint32_t low = DigitOf(text[places.low[i]]);
+        seen |= high | low;
+        value.bytes[i] = static_cast<std::uint8_t>(high << 4 | low);
+    }
+    return seen < kNoDigit ? value : Guid{};
 }
 
 FixedText<39> GuidText(const Guid& value, GuidForm form) noexcept {

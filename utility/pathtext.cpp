@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "platform/machine.h"
+#include "utility/casemap.h"
 #include "utility/fileinfo.h"
 
 namespace roundup {
@@ -64,17 +65,36 @@ std::uint32_t SeamSize(std::size_t size) { return static_cast<std::uint32_t>(std
 
 using PathForm = std::uint32_t (IFileSystem::*)(const char16_t*, char16_t*, std::uint32_t);
 
-void GetPathForm(PathForm form, const char16_t* source, char16_t* target, std::size_t size) {
-    if (size == 0) return;
+std::size_t GetPathForm(PathForm form, const char16_t* source, char16_t* target, std::size_t size, bool* found) {
+    if (found != nullptr) *found = false;
+    if (size == 0) return 0;
     target[0] = u'\0';
-    if (source == nullptr) return;
+    if (source == nullptr) return 0;
     const std::uint32_t length = (CurrentMachine().Files().*form)(source, target, SeamSize(size));
-    if (length != 0 && length < size && target[0] != u'\0') return;
+    if (length != 0 && length < size && target[0] != u'\0') {
+        if (found != nullptr) *found = true;
+        return length;
+    }
     const std::u16string_view text = source;
-    CopyBounded(target, text.size() < size ? text : std::u16string_view(), size);
+    if (text.size() >= size) return 0;
+    CopyBounded(target, text, size);
+    return text.size();
 }
 
 }  // namespace
+
+// Nearly every path is clean, so this looks at all of it without a branch, many characters at a time.
+bool IsCleanPath(std::u16string_view path) noexcept {
+    if (path.empty() || path.front() == u'"' || path.back() == u'\\') return false;
+    unsigned found = 0;
+    char16_t before = u'\0';
+    for (const char16_t c : path) {
+        found |= static_cast<unsigned>(c == u'\0') | static_cast<unsigned>(c == u'/') |
+                 (static_cast<unsigned>(c == u'\\') & static_cast<unsigned>(before == u'\\'));
+        before = c;
+    }
+    return found == 0;
+}
 
 std::size_t CleanPath(char16_t* text) {
     if (text == nullptr || text[0] == u'\0') return 0;
@@ -86,20 +106,18 @@ std::size_t CleanPath(char16_t* text) {
 }
 
 void CleanPath(OwnedString& text) {
-    if (!text.IsEmpty()) text.Truncate(CleanPath(text.Data()));
+    if (!text.IsEmpty() && !IsCleanPath(text)) text.Truncate(CleanPath(text.Data()));
 }
 
 void ExpandPath(OwnedString& path) {
-    char16_t array[kPathSize];
-    OwnedString block;
-    char16_t* text = array;
-    if (path.Length() < kPathSize) {
-        CopyBounded(array, path, kPathSize);
-    } else {
-        if (!block.Assign(path)) return;
-        text = block.Data();
+    OwnedString cleaned;
+    const char16_t* text = path.Get();
+    std::size_t length = path.Length();
+    if (!IsCleanPath(path)) {
+        if (!cleaned.Assign(path)) return;
+        length = CleanPath(cleaned.Data());
+        text = cleaned.Get();
     }
-    const std::size_t length = CleanPath(text);
     // Behind the cleaning the limit holds: the long form has nowhere to go, and a cut one names another file.
     if (length == 0 || length >= kPathSize) return;
 
@@ -109,11 +127,11 @@ void ExpandPath(OwnedString& path) {
         text = expanded;
     }
     char16_t longPath[kPathSize];
-    GetLongPath(text, longPath, kPathSize);
+    const std::u16string_view form(longPath, GetLongPath(text, longPath, kPathSize));
     // Most paths are as they should be already.
-    if (path == std::u16string_view(longPath)) return;
+    if (form.empty() || EqualsExactly(path, form)) return;
     OwnedString result;
-    if (longPath[0] != u'\0' && AssignString(result, longPath)) path = std::move(result);
+    if (AssignString(result, form)) path = std::move(result);
 }
 
 void ExpandEnvText(const char16_t* source, char16_t* target, std::size_t size) {
@@ -124,12 +142,12 @@ void ExpandEnvText(const char16_t* source, char16_t* target, std::size_t size) {
     if (needed == 0 || needed > size || target[0] == u'\0') CopyBounded(target, source, size);
 }
 
-void GetLongPath(const char16_t* source, char16_t* target, std::size_t size) {
-    GetPathForm(&IFileSystem::GetLongPath, source, target, size);
+std::size_t GetLongPath(const char16_t* source, char16_t* target, std::size_t size, bool* found) {
+    return GetPathForm(&IFileSystem::GetLongPath, source, target, size, found);
 }
 
-void GetShortPath(const char16_t* source, char16_t* target, std::size_t size) {
-    GetPathForm(&IFileSystem::GetShortPath, source, target, size);
+std::size_t GetShortPath(const char16_t* source, char16_t* target, std::size_t size) {
+    return GetPathForm(&IFileSystem::GetShortPath, source, target, size, nullptr);
 }
 
 }  // namespace roundup

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string_view>
 
 #include "utility/fixedtext.h"
 #include "utility/ownedstring.h"
@@ -22,6 +23,9 @@ void CleanPath(FixedText<N>& text) {
     CleanPath(text.Data());
 }
 
+// True for a path that CleanPath leaves as it is without asking the machine.
+bool IsCleanPath(std::u16string_view path) noexcept;
+
 // CleanPath, then environment variables when the text begins with "%", then the long form. A text that ends up empty,
 // or has 520 or more characters, leaves the string as it was.
 void ExpandPath(OwnedString& path);
@@ -31,9 +35,9 @@ void ExpandPath(OwnedString& path);
 void ExpandEnvText(const char16_t* source, char16_t* target, std::size_t size);
 
 // The long and the short form of an existing path; the source itself when there is none; empty when that does not
-// fit.
-void GetLongPath(const char16_t* source, char16_t* target, std::size_t size);
-void GetShortPath(const char16_t* source, char16_t* target, std::size_t size);
+// fit. Answers the length of what target holds. found, when given, tells whether it is that form.
+std::size_t GetLongPath(const char16_t* source, char16_t* target, std::size_t size, bool* found = nullptr);
+std::size_t GetShortPath(const char16_t* source, char16_t* target, std::size_t size);
 
 template <std::size_t N>
 void ExpandEnvText(const char16_t* source, FixedText<N>& target) {

@@ -106,6 +106,8 @@ class CWFYRegKey final : public CKvObject<IRegIO> {
 
     // The parent to give when a subkey of this key is opened.
     KeyHandle GetKeyHandle() const noexcept { return m_key; }
+    // The subkeys that there were when the key was opened: as many as EnumKey goes through at most.
+    std::uint32_t KeyCount() const noexcept { return m_keyCount; }
     // The value with its type; failures as GetString. block keeps what it held on failure of the read.
     ResultCode QueryValue(const char16_t* name, RegValueBlock& block);
     // The next value, as EnumValue, without copies; for those that read all values of a key once. A value that cannot

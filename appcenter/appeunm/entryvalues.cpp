@@ -57,10 +57,9 @@ constexpr auto kFirst = [] {
     return first;
 }();
 
-// The registry's comparison: by upper-cased characters. Nearly all names are written as in the table.
+// The registry's comparison ignores case. Nearly all names are written as in the table.
 bool IsRegistryName(std::u16string_view name, std::u16string_view known) noexcept {
-    if (name == known) return true;
-    return std::ranges::equal(name, known, [](char16_t a, char16_t b) { return a == b || ToUpper(a) == ToUpper(b); });
+    return EqualsExactly(name, known) || EqualsNoCase(name, known);
 }
 
 std::uint8_t FindSlot(std::u16string_view name) noexcept {

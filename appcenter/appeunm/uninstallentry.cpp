@@ -12,6 +12,7 @@
 #include "utility/commandpaths.h"
 #include "utility/icon2mem.h"
 #include "utility/pathtext.h"
+#include "utility/specialfolders.h"
 
 namespace roundup {
 namespace {
@@ -53,12 +54,14 @@ void AddRelatedCodes(CApp& app, std::u16string_view codes) {
     }
 }
 
-void FillUninstallProgram(CApp& app, EntryValues& values) {
-    if (!values.Has(EntryText::UninstallString)) return;
-    const CommandPaths paths(values.Text(EntryText::UninstallString).Get());
-    if (paths.First() == nullptr) return;
+// True when the program was found under its long path: all folders on the way to it have their long names then too.
+bool FillUninstallProgram(CApp& app, EntryValues& values) {
+    if (!values.Has(EntryText::UninstallString)) return false;
+    CommandPaths paths(values.Text(EntryText::UninstallString).Get());
+    if (paths.First() == nullptr) return false;
     if (app.pwszInstallLoc.IsEmpty()) AssignString(app.pwszInstallLoc, paths.Last());
-    AssignString(app.pwszUnInstallProgram, paths.First());
+    app.pwszUnInstallProgram = paths.Take();
+    return paths.IsLong();
 }
 
 void FillIcon(CApp& app, EntryValues& values) {
@@ -73,24 +76,24 @@ void FillIcon(CApp& app, EntryValues& values) {
     AssignString(app.pwszOriginalInstallLoc, app.pwszInstallLoc);
 }
 
-// What CommandPaths found is a long path already; as a rule there is nothing left in it that ExpandPath would change,
-// and the machine need not be asked a second time.
-bool IsExpanded(std::u16string_view path) noexcept {
-    if (path.empty() || path.front() == u'"' || path.front() == u'%' || path.back() == u'\\') return false;
-    char16_t before = u'\0';
-    for (const char16_t c : path) {
-        if (c == u'/' || (c == u'\\' && before == u'\\')) return false;
-        before = c;
-    }
-    return true;
+// The folder of a program that was just found, as it is written there.
+bool IsFolderOf(std::u16string_view folder, std::u16string_view program) noexcept {
+    return program.size() > folder.size() && program[folder.size()] == u'\\' &&
+           EqualsExactly(program.substr(0, folder.size()), folder);
 }
 
-// As NormalizePaths, for the paths that an entry has.
-void ExpandPaths(CApp& app) {
-    NormalizeLocation(app.pwszInstallLoc);
-    if (!app.pwszUnInstallProgram.IsEmpty() && !IsExpanded(app.pwszUnInstallProgram)) {
-        ExpandPath(app.pwszUnInstallProgram);
+// As NormalizePaths, for the paths that an entry has. What was found a moment ago is not asked for a second time: the
+// program, and the location when it is one of the program's folders.
+void ExpandPaths(CApp& app, bool programIsLong) {
+    CleanPath(app.pwszInstallLoc);
+    if (programIsLong && IsFolderOf(app.pwszInstallLoc, app.pwszUnInstallProgram)) {
+        DropIfSystemRoot(app.pwszInstallLoc);
+    } else {
+        NormalizeLocation(app.pwszInstallLoc);
     }
+    OwnedString& program = app.pwszUnInstallProgram;
+    const bool isExpanded = programIsLong && IsCleanPath(program) && program.View().front() != u'%';
+    if (!program.IsEmpty() && !isExpanded) ExpandPath(program);
     if (!app.pwszIconProgram.IsEmpty()) ExpandPath(app.pwszIconProgram);
     if (!app.pwszMsiPath.IsEmpty()) ExpandPath(app.pwszMsiPath);
 }
@@ -99,9 +102,9 @@ void FillLocations(CApp& app, EntryValues& values) {
     for (const EntryText text : {EntryText::InstallLocation, EntryText::InnoAppPath, EntryText::LocationRoot}) {
         if (app.pwszInstallLoc.IsEmpty()) Move(values, text, app.pwszInstallLoc);
     }
-    FillUninstallProgram(app, values);
+    const bool programIsLong = FillUninstallProgram(app, values);
     FillIcon(app, values);
-    if (!app.pwszInstallLoc.IsEmpty()) ExpandPaths(app);
+    if (!app.pwszInstallLoc.IsEmpty()) ExpandPaths(app, programIsLong);
 }
 
 std::uint64_t EntryFlags(const EntryValues& values, bool subordinate, const EntryOrigin& origin) noexcept {

@@ -29,6 +29,7 @@ void UninstallEnumerator::Walk() {
         Ignore(Pass(rc), u"a source that cannot open its key adds nothing");
         return;
     }
+    m_list.reserve(key.KeyCount());
     while (m_goOn.IsContinue() != 0) {
         OwnedString name;
         if (auto rc = key.EnumKey(name); Failed(rc)) {

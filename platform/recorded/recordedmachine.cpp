@@ -6,13 +6,19 @@ namespace {
 
 constexpr std::uint32_t kWindowsFolder = 36;  // CSIDL_WINDOWS
 
+// Nothing is added from here on but what the machine's own processes write.
+std::unique_ptr<RegistryStore> Settled(std::unique_ptr<RegistryStore> registry) {
+    registry->Settle();
+    return registry;
+}
+
 std::u16string DriveOf(const ShellFolders& folders) { return folders.Path(kWindowsFolder).substr(0, 2); }
 
 }  // namespace
 
 RecordedMachine::RecordedMachine(MachineParts parts)
     : m_settings(std::move(parts.settings)),
-      m_store(std::move(parts.registry)),
+      m_store(Settled(std::move(parts.registry))),
       m_registry(*m_store),
       m_folders(m_registry, m_settings, parts.profile, parts.registryEnvironment, m_environment),
       m_hostFolder(DriveOf(m_folders) + u"\\" + std::u16string(kHostFolderName)),

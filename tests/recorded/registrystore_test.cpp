@@ -52,29 +52,39 @@ TEST_F(RegistryStoreTest, Subkeys_EnumerateByUpperCasedNamesHoweverTheyCameAndWe
               (Names{u"0", u"A", u"a_", u"b", u"c", u"Z", u"[x", u"{1}", u"\u00E9", u"\xD800", u"\uFFFD"}));
 }
 
-TEST_F(RegistryStoreTest, ManyRandomChanges_LeaveWhatASortedSetHolds) {
+TEST_F(RegistryStoreTest, ManyRandomChangesBeforeAndAfterSettling_LeaveWhatASortedSetHolds) {
     std::mt19937 random(7);
     std::set<std::u16string> expected;
     Names values;
-    const OpenedKey key(m_registry, kHkeyLocalMachine, u"SOFTWARE\\T", kKeyReadWrite);
-    for (int step = 0; step < 3000; ++step) {
-        const std::u16string name = Number(random() % 300);
-        if (random() % 3 == 0) {
-            EXPECT_EQ(m_store.DeleteKey(Path(name)), expected.erase(name) == 1);
-            const Win32Error deleted = m_registry.DeleteValue(key.Get(), name.c_str());
-            EXPECT_EQ(deleted, std::erase(values, name) == 1 ? kErrorSuccess : kErrorFileNotFound);
-        } else {
-            m_store.CreateKey(Path(name));
-            expected.insert(name);
-            m_registry.SetValue(key.Get(), name.c_str(), kRegBinary, name.data(), 2);
-            if (std::find(values.begin(), values.end(), name) == values.end()) values.push_back(name);
+    for (const int names : {12, 300, 500}) {
+        {
+            const OpenedKey key(m_registry, kHkeyLocalMachine, u"SOFTWARE\\T", kKeyReadWrite);
+            for (int step = 0; step < 2000; ++step) {
+                const std::u16string name = Number(random() % static_cast<unsigned>(names));
+                if (random() % 3 == 0) {
+                    EXPECT_EQ(m_store.DeleteKey(Path(name)), expected.erase(name) == 1);
+                    const Win32Error deleted = m_registry.DeleteValue(key.Get(), name.c_str());
+                    EXPECT_EQ(deleted, std::erase(values, name) == 1 ? kErrorSuccess : kErrorFileNotFound);
+                } else {
+                    m_store.CreateKey(Path(name + u"\\Below"));
+                    expected.insert(name);
+                    m_registry.SetValue(key.Get(), name.c_str(), kRegBinary, name.data(), 2);
+                    if (std::find(values.begin(), values.end(), name) == values.end()) values.push_back(name);
+                }
+                if (step % 100 == 0) {
+                    ASSERT_EQ(key.Subkeys(), Names(expected.begin(), expected.end()));
+                    ASSERT_EQ(key.ValueNames(), values);
+                }
+            }
         }
-        if (step % 100 == 0) {
-            ASSERT_EQ(key.Subkeys(), Names(expected.begin(), expected.end()));
-            ASSERT_EQ(key.ValueNames(), values);
+        m_store.Settle();
+        const OpenedKey key(m_registry, kHkeyLocalMachine, u"SOFTWARE\\T");
+        ASSERT_EQ(key.Subkeys(), Names(expected.begin(), expected.end()));
+        ASSERT_EQ(key.ValueNames(), values);
+        for (const std::u16string& name : expected) {
+            EXPECT_EQ(OpenError((u"SOFTWARE\\T\\" + name + u"\\below").c_str()), kErrorSuccess);
         }
     }
-    for (const std::u16string& name : expected) EXPECT_EQ(OpenError((u"SOFTWARE\\T\\" + name).c_str()), kErrorSuccess);
 }
 
 TEST_F(RegistryStoreTest, HundredThousandSubkeys_AreMadeFoundAndListedWithoutASortForEachCall) {

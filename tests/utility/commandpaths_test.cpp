@@ -38,6 +38,15 @@ TEST_F(CommandPathsTest, CommandLine_GivesItsProgramOrNothing) {
         {u"host /dir:C:\\Tool\\ /S setup.exe", u"C:\\Tool\\setup.exe"},
         {u"host C:\\None C:\\Tool setup.exe", nullptr},  // the first folder stays
         {u"host :\\x", nullptr},
+        // Lines that follow the platform's rules for quotes, blanks and control characters, and plain ones beside them.
+        {u"\"C:\\Tool\\uninst.exe\"/S", u"C:\\Tool\\uninst.exe"},
+        {u"\"C:\\Tool\\uninst.exe", u"C:\\Tool\\uninst.exe"},
+        {u" C:\\Tool\\uninst.exe -x", u"C:\\Tool\\uninst.exe"},
+        {u"host\tC:\\Tool\\setup.exe\tx", u"C:\\Tool\\setup.exe"},
+        {u"host \"C:\\Program Files\\Tool\\uninst.exe\" -x", u"C:\\Program Files\\Tool\\uninst.exe"},
+        {u"host C:\\Tool\\se\"t\"up.exe", u"C:\\Tool\\setup.exe"},
+        {u"\"C:\\Program Files\\Tool\" -x  uninst.exe", u"C:\\Program Files\\Tool\\uninst.exe"},
+        {u"C:\\Program Files\\Tool uninst.exe", nullptr},
     };
     for (const auto& c : cases) {
         const CommandPaths paths(c.commandLine);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <utility>
 
 namespace roundup {
 
@@ -25,6 +26,14 @@ void* Arena::AllocateSlow(std::size_t bytes) {
     m_size = next;
     m_used = bytes;
     return m_block;
+}
+
+void Arena::Swap(Arena& other) noexcept {
+    m_blocks.swap(other.m_blocks);
+    std::swap(m_block, other.m_block);
+    std::swap(m_used, other.m_used);
+    std::swap(m_size, other.m_size);
+    std::swap(m_free, other.m_free);
 }
 
 // Rounds the size up to that of its class.

@@ -17,6 +17,7 @@ class Arena {
     Arena() = default;
     Arena(const Arena&) = delete;
     Arena& operator=(const Arena&) = delete;
+    void Swap(Arena& other) noexcept;
 
     // bytes may be 0; alignment is a power of two of at most that of std::max_align_t.
     void* Allocate(std::size_t bytes, std::size_t alignment) {
@@ -70,7 +71,7 @@ class Arena {
     void* AllocateReusable(std::size_t bytes);
     void ReturnReusable(void* array, std::size_t bytes) noexcept;
 
-    std::vector<std::unique_ptr<std::byte[]>> m_blocks;
+    std::vector<std::unique_ptr<std::byte[]>> m_blocks;  // in the order of their coming
     std::byte* m_block = nullptr;
     std::size_t m_used = 0;
     std::size_t m_size = 0;

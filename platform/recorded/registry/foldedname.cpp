@@ -78,7 +78,7 @@ FoldedName::FoldedName(std::u16string_view name, std::uint64_t seed) : m_origina
 
 bool FoldedName::Matches(std::u16string_view recorded) const noexcept {
     if (recorded.size() != m_original.size()) return false;
-    if (recorded == m_original) return true;
+    if (EqualsExactly(recorded, m_original)) return true;
     for (std::size_t i = 0; i < recorded.size(); ++i) {
         if (ToUpper(recorded[i]) != m_text[i]) return false;
     }

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "utility/casemap.h"
+
 namespace roundup {
 
 // Names that differ only in case fold to the same text and hash. The hash is keyed by the seed, so that a source
@@ -19,7 +21,7 @@ class FoldedName {
     std::u16string_view Text() const noexcept { return {m_text, m_original.size()}; }
     std::uint32_t Hash() const noexcept { return m_hash; }
     // True when upper-casing changed nothing.
-    bool IsOriginal() const noexcept { return Text() == m_original; }
+    bool IsOriginal() const noexcept { return EqualsExactly(Text(), m_original); }
     // True when the recorded name folds to this text.
     bool Matches(std::u16string_view recorded) const noexcept;
 

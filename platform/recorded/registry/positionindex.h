@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <optional>
 
@@ -18,6 +19,11 @@ constexpr std::uint32_t SlotCount(std::uint32_t capacity) noexcept {
 // The capacity to grow to: small steps where most arrays stay, since there are very many of them.
 constexpr std::uint32_t NextCapacity(std::uint32_t capacity) noexcept {
     return capacity < kLinearCapacity ? capacity + 4 : capacity * 2;
+}
+
+// The smallest capacity that holds so many entries.
+constexpr std::uint32_t CapacityFor(std::uint32_t count) noexcept {
+    return count <= kLinearCapacity ? (count + 3) / 4 * 4 : std::bit_ceil(count);
 }
 
 inline void Put(std::uint32_t* slots, std::uint32_t capacity, std::uint32_t hash, std::uint32_t position) noexcept {

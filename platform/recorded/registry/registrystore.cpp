@@ -67,6 +67,12 @@ void RegistryStore::SetUser(std::u16string_view sid) {
     m_user = existing;
 }
 
+void RegistryStore::Settle() {
+    const std::lock_guard guard(m_lock);
+    Changed();
+    m_tree.Settle(m_user);
+}
+
 bool RegistryStore::CreateKey(std::u16string_view path) {
     const std::lock_guard guard(m_lock);
     Changed();

@@ -74,6 +74,10 @@ class RegistryStore {
     // Makes the key and says who may open it: nobody (error 5), or those who do not ask for writing.
     bool SetAccess(std::u16string_view path, KeyAccess access);
 
+    // Lays all keys out anew, in the order in which walks read them: once the registry is filled, before the first key
+    // of it is opened.
+    void Settle();
+
     // For readers of sources and for the views, who take the lock themselves: shared for reading, exclusive for what
     // the tree or StoredKeys change. Whoever changed something says so with Changed.
     ReaderLock& Lock() noexcept { return m_lock; }

@@ -10,17 +10,15 @@ namespace roundup {
 
 namespace {
 
-constexpr std::size_t kLongestSharedName = 64;
-constexpr std::size_t kFirstNames = 256;
-
 std::uint64_t RandomSeed() {
     std::random_device device;
     return (std::uint64_t{device()} << 32) ^ device();
 }
 
 std::optional<std::uint32_t> FindChildPosition(const RegistryNode& node, const FoldedName& name) noexcept {
-    return position_index::Find(node.childIndex, node.childCapacity, node.children, node.childCount, name.Hash(),
-                                [&name](const RegistryChild& child) { return child.node->Folded() == name.Text(); });
+    return position_index::Find(
+        node.childIndex, node.childCapacity, node.children, node.childCount, name.Hash(),
+        [&name](const RegistryChild& child) { return EqualsExactly(child.node->Folded(), name.Text()); });
 }
 
 std::optional<std::uint32_t> FindValuePosition(const RegistryNode& node, const FoldedName& name) noexcept {
@@ -292,35 +290,6 @@ void RegistryTree::GrowValues(RegistryNode& node) {
     Grow(m_arena, node.values, node.valueIndex, node.valueCapacity, node.valueCount);
 }
 
-// Value names repeat from key to key, so each stands in memory once; a name that is much longer than those is kept
-// apart.
-const char16_t* RegistryTree::ValueName(const FoldedName& name) {
-    const std::u16string_view text = name.Original();
-    if (text.size() > kLongestSharedName) return m_arena.CopyText(text);
-    if (m_nameCount * 2 >= m_names.size()) GrowNames();
-    const std::size_t mask = m_names.size() - 1;
-    std::size_t at = name.Hash() & mask;
-    for (; m_names[at].text != nullptr; at = (at + 1) & mask) {
-        const SharedName& shared = m_names[at];
-        if (shared.hash == name.Hash() && std::u16string_view(shared.text, shared.length) == text) return shared.text;
-    }
-    m_names[at] = {m_arena.CopyText(text), static_cast<std::uint32_t>(text.size()), name.Hash()};
-    ++m_nameCount;
-    return m_names[at].text;
-}
-
-void RegistryTree::GrowNames() {
-    std::vector<SharedName> names(std::max(kFirstNames, m_names.size() * 2));
-    const std::size_t mask = names.size() - 1;
-    for (const SharedName& name : m_names) {
-        if (name.text == nullptr) continue;
-        std::size_t at = name.hash & mask;
-        while (names[at].text != nullptr) at = (at + 1) & mask;
-        names[at] = name;
-    }
-    m_names.swap(names);
-}
-
 void RegistryTree::PutValue(RegistryNode& node, const FoldedName& name, std::uint32_t type, const void* data,
                             std::uint32_t size) {
     node.longestValueData = std::max(node.longestValueData, size);
@@ -337,7 +306,7 @@ void RegistryTree::PutValue(RegistryNode& node, const FoldedName& name, std::uin
     }
     if (node.valueCount == node.valueCapacity) GrowValues(node);
     RegistryValue value;
-    value.name = ValueName(name);
+    value.name = m_names.Get(m_arena, name.Original(), name.Hash());
     value.data = m_arena.CopyBytes(data, size);
     value.nameLength = static_cast<std::uint32_t>(name.Original().size());
     value.hash = name.Hash();

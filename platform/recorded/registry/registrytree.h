@@ -9,6 +9,7 @@
 #include "platform/recorded/registry/arena.h"
 #include "platform/recorded/registry/foldedname.h"
 #include "platform/recorded/registry/registrynode.h"
+#include "platform/recorded/registry/sharednames.h"
 #include "platform/registry.h"
 #include "utility/casemap.h"
 
@@ -75,12 +76,18 @@ class RegistryTree {
     // Moves a key to another name below its parent; no key of that name may be there.
     void Rename(RegistryNode& node, const FoldedName& name);
 
+    // Lays the whole tree out anew, in the order in which a walk reads it, and lets go of all that was outgrown or
+    // deleted. For a tree that is made: every pointer into it is void from then on, but for kept, a key that goes on
+    // pointing to itself.
+    void Settle(RegistryNode*& kept);
+
     // Lets node stand for key number sourceNode of a source, to be read when first asked for. What was in it goes.
     std::uint16_t AddSource(std::unique_ptr<IRegistryNodeSource> source);
     void SetPending(RegistryNode& node, std::uint16_t source, std::uint32_t sourceNode);
 
   private:
     friend class RegistryFiller;
+    class Settler;
 
     void EnsureFilled(RegistryNode& node) {
         if (node.fill.load(std::memory_order_acquire) == FillState::Pending) Fill(node);
@@ -99,8 +106,6 @@ class RegistryTree {
     void GrowChildren(RegistryNode& node);
     void GrowValues(RegistryNode& node);
     void PutValue(RegistryNode& node, const FoldedName& name, std::uint32_t type, const void* data, std::uint32_t size);
-    const char16_t* ValueName(const FoldedName& name);
-    void GrowNames();
     void SetName(RegistryNode& node, const FoldedName& name);
     static void Empty(RegistryNode& node);
 
@@ -109,14 +114,7 @@ class RegistryTree {
     Arena m_arena;  // written with the tree held alone, or under m_onDemand
     RegistryNode* m_machine;
     RegistryNode* m_users;
-    // Names of values by their hash, all of them in the arena: a table of a power of two places.
-    struct SharedName {
-        const char16_t* text = nullptr;
-        std::uint32_t length = 0;
-        std::uint32_t hash = 0;
-    };
-    std::vector<SharedName> m_names;  // as the arena
-    std::size_t m_nameCount = 0;
+    SharedNames m_names;  // of values; as the arena
     std::vector<std::unique_ptr<IRegistryNodeSource>> m_sources;
     std::mutex m_onDemand;  // for what reading makes: the content of pending keys, orders
 };
