@@ -1,12 +1,14 @@
-// The rule files of the Config folder beside the host: listed once, each read once, shared by all that ask.
+// The Config folder beside the host: its folders are listed once for a load, each rule file is read once.
 #pragma once
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 
+#include "appcenter/appadapterconfig/folderlisting.h"
 #include "appcenter/appadapterconfig/rulefile.h"
 #include "utility/casemap.h"
 #include "utility/locks.h"
@@ -25,42 +27,29 @@ struct FoundRuleFile {
 // ProcessWide<RuleFileStore>() is the one of the machine. Every thread may ask at any time.
 class RuleFileStore {
   public:
-    // The rule file of that name ("%s.INC", "%s.EXC"). Names that can lie elsewhere than in the folder itself, or be
-    // short ones, are asked of the machine, all others of the listing.
+    // The rule file "%s.INC" or "%s.EXC" of that name.
     FoundRuleFile Find(std::u16string_view name, RuleFileKind kind);
-    // True when the folder holds a file of that name, as the listing has it.
-    bool HasConfigFile(std::u16string_view name);
-    // Forgets all files, so that the next question sees what the folder holds then. For the start of a load; those
-    // that still hold a file keep theirs.
+    // True when the Config folder holds a file of that name.
+    bool HasConfigFile(std::u16string_view fileName);
+    // The path of a file of the folder Config\Compatibility; empty when there is no such file.
+    std::u16string CompatibilityFile(std::u16string_view fileName);
+
+    // Forgets everything, so that the next question sees what the folders hold then. For the start of a load; those
+    // that hold a file keep theirs.
     void Renew();
-    // Grows with each Renew.
+    // Tells one period between two calls of Renew from another; never 0.
     std::uint32_t Generation();
 
   private:
-    struct Slot {
-        bool exists = false;
-        bool read = false;
-        std::shared_ptr<const RuleFile> file;
-    };
-    struct NamedFiles {
-        Slot include;
-        Slot exclude;
-    };
-    template <class T>
-    using ByName = std::unordered_map<std::u16string, T, NoCaseHash, NoCaseEqual>;
-
-    void List();
-    void Note(std::u16string_view fileName);
-    // Null when there is no such file.
-    Slot* SlotOf(std::u16string_view name, RuleFileKind kind);
+    FolderListing& Config();
 
     CriticalSection m_lock;
     // Guarded by m_lock.
-    bool m_listed = false;
     std::uint32_t m_generation = 1;
-    std::u16string m_folder;
-    ByName<NamedFiles> m_rules;  // by name without extension
-    ByName<bool> m_others;       // by file name: every other file
+    std::optional<FolderListing> m_config;
+    std::optional<FolderListing> m_compatibility;
+    // By file name, each file that was asked for and exists.
+    std::unordered_map<std::u16string, std::shared_ptr<const RuleFile>, NoCaseHash, NoCaseEqual> m_files;
 };
 
 }  // namespace roundup

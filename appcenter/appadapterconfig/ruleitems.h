@@ -53,7 +53,9 @@ class RuleRegItems {
   public:
     // As RuleTexts::Add.
     bool Add(std::uint32_t root, std::u16string_view path, std::uint32_t bRedirection = 0);
-    bool Contains(std::uint32_t root, std::u16string_view path) const noexcept { return m_index.contains({root, path}); }
+    bool Contains(std::uint32_t root, std::u16string_view path) const noexcept {
+        return m_index.contains({root, path});
+    }
 
     bool empty() const noexcept { return m_items.empty(); }
     std::size_t size() const noexcept { return m_items.size(); }

@@ -27,9 +27,12 @@ std::u16string_view ParentOf(std::u16string_view path) noexcept {
 
 std::u16string_view FolderOf(PathBase base, const RuleSetSource& source) {
     switch (base) {
-        case PathBase::Location: return source.location;
-        case PathBase::Parent: return ParentOf(source.location);
-        case PathBase::Grandparent: return ParentOf(ParentOf(source.location));
+        case PathBase::Location:
+            return source.location;
+        case PathBase::Parent:
+            return ParentOf(source.location);
+        case PathBase::Grandparent:
+            return ParentOf(ParentOf(source.location));
         case PathBase::WindowsVolume: {
             const char16_t* const windows = GetSpecialFolder(Csidl::Windows);
             return windows != nullptr ? std::u16string_view(windows).substr(0, 2) : std::u16string_view();
@@ -60,19 +63,39 @@ class LineReader {
 
     void Apply(const RuleLine& line) {
         switch (line.keyword) {
-            case RuleKeyword::Reg: AddRegRule(line.value, Regs()); break;
-            case RuleKeyword::RegX: AddRegPatternRule(line.value, Regs()); break;
+            case RuleKeyword::Reg:
+                AddRegRule(line.value, Regs());
+                break;
+            case RuleKeyword::RegX:
+                AddRegPatternRule(line.value, Regs());
+                break;
             case RuleKeyword::RegDir:
                 ReadRegDirectories(line.value, [this](std::u16string_view path) { AddDirectory(path); });
                 break;
-            case RuleKeyword::Dir: AddDirectory(ExpandRulePath(line.value, m_source)); break;
-            case RuleKeyword::File: AddFile(ExpandRulePath(line.value, m_source)); break;
-            case RuleKeyword::Action: m_rules.Actions.Add(ExpandAction(line.value, m_source.location)); break;
-            case RuleKeyword::HideAppName: m_rules.HideNames.Add(line.value); break;
-            case RuleKeyword::HideAppKey: m_rules.HideKeys.Add(line.value); break;
-            case RuleKeyword::SubAppName: m_rules.SubAppNames.Add(line.value); break;
-            case RuleKeyword::SubAppKey: m_rules.SubAppKeys.Add(line.value); break;
-            case RuleKeyword::AppendProc: m_rules.bAppendProc = IsSetFlag(line.value); break;
+            case RuleKeyword::Dir:
+                AddDirectory(ExpandRulePath(line.value, m_source));
+                break;
+            case RuleKeyword::File:
+                AddFile(ExpandRulePath(line.value, m_source));
+                break;
+            case RuleKeyword::Action:
+                m_rules.Actions.Add(ExpandAction(line.value, m_source.location));
+                break;
+            case RuleKeyword::HideAppName:
+                m_rules.HideNames.Add(line.value);
+                break;
+            case RuleKeyword::HideAppKey:
+                m_rules.HideKeys.Add(line.value);
+                break;
+            case RuleKeyword::SubAppName:
+                m_rules.SubAppNames.Add(line.value);
+                break;
+            case RuleKeyword::SubAppKey:
+                m_rules.SubAppKeys.Add(line.value);
+                break;
+            case RuleKeyword::AppendProc:
+                m_rules.bAppendProc = IsSetFlag(line.value);
+                break;
         }
     }
 
