@@ -96,6 +96,7 @@ class CApp : public CKvObject<IApp> {
     OwnedString pwszInstallDate;
     std::uint32_t dwOrigins = 0;                // AppOrigin
     LinkReason eLinkReason = LinkReason::None;  // why it hangs below another application
+    bool bLocationNarrowed = false;             // pwszInstallLoc was narrowed to a folder of its own; happens once
     // Point into Files.
     CWFYFile* pConfigFile = nullptr;
     CWFYFile* pIndexFile = nullptr;
