@@ -76,11 +76,15 @@ bool CExternFuncCall::IsProductPresent(const AppRecordEx& record) const {
 }
 
 bool CExternFuncCall::GetUninstallCommand(std::int32_t index, OwnedString& command, std::uint8_t& hidden) const {
-    hidden = 0;
     const IApp* const app = At(index);
-    if (app == nullptr || !IsAppPresent(*app)) return false;
+    return app != nullptr && GetUninstallCommand(*app, command, hidden);
+}
+
+bool CExternFuncCall::GetUninstallCommand(const IApp& app, OwnedString& command, std::uint8_t& hidden) const {
+    hidden = 0;
+    if (!IsAppPresent(app)) return false;
     AppRecordEx record{};
-    app->FillAppInfo(record);
+    app.FillAppInfo(record);
     if ((record.qwFlags & AppFlags::kStorePackage) != 0) {
         hidden = 1;
         return command.Assign(FormatText(u"PowerShell Remove-AppxPackage -Package %s", record.wzKeyString));

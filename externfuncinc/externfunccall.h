@@ -44,6 +44,8 @@ class CExternFuncCall {
     // The command line that uninstalls the application, and 1 in hidden when it is to run without a window. True with
     // an empty command when the entry's is; false when the application has gone or its entry has none.
     bool GetUninstallCommand(std::int32_t index, OwnedString& command, std::uint8_t& hidden) const;
+    // The same of any application, for those that have no place of their own.
+    bool GetUninstallCommand(const IApp& app, OwnedString& command, std::uint8_t& hidden) const;
 
   private:
     bool IsPackagePresent(const AppRecordEx& record) const;

@@ -1,11 +1,21 @@
 #include "host/catalogue.h"
 
+#include <condition_variable>
+#include <mutex>
+
 #include "externfuncinc/appinfo.h"
 #include "externfuncinc/externfunc.h"
 
 namespace roundup::host {
 
-// Lives on the stack of the program, so its count is for show.
+// Where the end of an uninstall is told by its thread and waited for by the program's.
+struct UninstallEnd {
+    std::mutex lock;
+    std::condition_variable told;
+    std::optional<std::uint32_t> code;  // guarded by lock
+};
+
+// Lives as long as the catalogue, so its count is for show.
 class Catalogue::Observer final : public IRoundupObserver {
   public:
     std::uint32_t AddRef() override { return 1; }
@@ -16,12 +26,20 @@ class Catalogue::Observer final : public IRoundupObserver {
         if (interrupted && interrupted()) cancelled = true;
         return cancelled ? 0 : 1;
     }
-    void OnUnInstallDone(IRmxApp*, std::uint32_t) override {}
+    void OnUnInstallDone(IRmxApp*, std::uint32_t exitCode) override {
+        // Once it is told, the program may end, and take this object with it.
+        const std::shared_ptr<UninstallEnd> kept = end;
+        const std::lock_guard guard(kept->lock);
+        kept->code = exitCode;
+        kept->told.notify_all();
+    }
 
     ProgressMeter* progress = nullptr;
     std::function<bool()> interrupted;
     bool cancelled = false;
     std::vector<IRmxApp*> records;
+    bool uninstalling = false;
+    const std::shared_ptr<UninstallEnd> end = std::make_shared<UninstallEnd>();
 };
 
 namespace {
@@ -44,6 +62,8 @@ Catalogue::~Catalogue() {
     if (m_facade == nullptr) return;
     m_facade->Uninit();
     m_facade->Release();
+    // The thread of an uninstall that nobody waited for may be on its way to the observer.
+    if (m_observer->uninstalling) (void)m_observer.release();
 }
 
 LoadOutcome Catalogue::Load(ProgressMeter& progress, const std::function<bool()>& interrupted) {
@@ -66,14 +86,44 @@ bool Catalogue::CollectApps() {
 
 std::vector<Catalogue::Listed> Catalogue::Records() {
     std::vector<Listed> listed;
-    m_observer->records.clear();
-    if (m_facade != nullptr) m_facade->EnumApps();
-    for (IRmxApp* record : m_observer->records) {
+    for (IRmxApp* record : EnumRecords()) {
         const auto* own = dynamic_cast<const CAppInfo*>(record);
         if (own == nullptr) continue;
         listed.push_back({record->GetAppInfo(), m_apps[static_cast<std::size_t>(own->Index())]});
     }
     return listed;
+}
+
+std::vector<IRmxApp*> Catalogue::EnumRecords() {
+    m_observer->records.clear();
+    if (m_facade != nullptr) m_facade->EnumApps();
+    return std::move(m_observer->records);
+}
+
+std::optional<Catalogue::UninstallPlan> Catalogue::PlanUninstall(const IApp& app) const {
+    const CExternFuncCall* bridge = BridgeOf(m_facade);
+    OwnedString command;
+    std::uint8_t hidden = 0;
+    if (bridge == nullptr || !bridge->GetUninstallCommand(app, command, hidden)) return std::nullopt;
+    return UninstallPlan{std::u16string(command.View()), hidden != 0};
+}
+
+bool Catalogue::StartUninstall(std::size_t index) {
+    for (IRmxApp* record : EnumRecords()) {
+        const auto* own = dynamic_cast<const CAppInfo*>(record);
+        if (own == nullptr || static_cast<std::size_t>(own->Index()) != index) continue;
+        m_observer->uninstalling = m_facade->UnInstallApp(record) == 0;
+        return m_observer->uninstalling;
+    }
+    return false;
+}
+
+std::optional<std::uint32_t> Catalogue::WaitForUninstall(std::chrono::milliseconds time) {
+    UninstallEnd& end = *m_observer->end;
+    std::unique_lock guard(end.lock);
+    end.told.wait_for(guard, time, [&] { return end.code.has_value(); });
+    if (end.code) m_observer->uninstalling = false;
+    return end.code;
 }
 
 }  // namespace roundup::host

@@ -2,9 +2,13 @@
 // read from the manager behind it.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "appcenter/app/app.h"
@@ -34,6 +38,18 @@ class Catalogue {
     // The records of the applications that are still present. They and the objects stay while the catalogue does.
     std::vector<Listed> Records();
 
+    // What uninstalls an application: its command line, and whether that runs without a window.
+    struct UninstallPlan {
+        std::u16string command;
+        bool hidden = false;
+    };
+    // Asks the machine as it is now. Nothing for an application that has gone, and when its entry has no command.
+    std::optional<UninstallPlan> PlanUninstall(const IApp& app) const;
+    // Starts the uninstall of the application of that place in Apps. False when it could not be started.
+    bool StartUninstall(std::size_t index);
+    // The exit code of the uninstall that was started; nothing while it still runs after that time.
+    std::optional<std::uint32_t> WaitForUninstall(std::chrono::milliseconds time);
+
     // The manager's list: applications first, then packages.
     const std::vector<const IApp*>& Apps() const { return m_apps; }
 
@@ -41,6 +57,7 @@ class Catalogue {
     class Observer;
 
     bool CollectApps();
+    std::vector<IRmxApp*> EnumRecords();
 
     std::unique_ptr<Observer> m_observer;
     IRoundupProc* m_facade = nullptr;

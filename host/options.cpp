@@ -14,12 +14,13 @@ constexpr const char* kEpilogue =
     "A machine is a recorded folder, a Wine prefix or the root of an offline Windows volume.\n"
     "\n"
     "Exit status: 0 success, 1 the operation failed or the application was not found,\n"
-    "2 wrong usage, 130 cancelled with Ctrl-C.\n"
+    "2 wrong usage, 130 cancelled with Ctrl-C; uninstall ends with that of the uninstaller.\n"
     "\n"
     "Examples:\n"
     "  roundup list --machine samples/machine\n"
     "  roundup list --machine ~/.wine --format json\n"
-    "  roundup show '{1D2C96C3-A3F3-49E7-B839-95279DED837F}' --machine /mnt/windows --user Ann";
+    "  roundup show '{1D2C96C3-A3F3-49E7-B839-95279DED837F}' --machine /mnt/windows --user Ann\n"
+    "  roundup uninstall PustelginNotes --machine samples/machine --dry-run";
 
 // A choice of names for an enumeration, as CLI11 wants it.
 template <class T>
@@ -39,6 +40,15 @@ void AddMachineOptions(CLI::App& app, Options& options) {
         ->envname("ROUNDUP_HOST");
     app.add_option("--user", options.user, "user of a machine with several profiles")->option_text("NAME");
     app.add_flag("--verbose", options.verbose, "show the module's own diagnosis on standard error");
+}
+
+// The application that a command is about. name is set when the option was given.
+void AddApplication(CLI::App& app, Options& options) {
+    app.add_option("KEY", options.key, "key of the application, case does not matter")->required();
+    app.add_option_function<std::string>(
+           "--name", [&options](const std::string& name) { options.name = name; },
+           "name of the application, when several share the key")
+        ->option_text("NAME");
 }
 
 void AddProgress(CLI::App& app, Options& options) {
@@ -79,13 +89,15 @@ ParsedCommandLine ParseCommandLine(std::vector<std::string> arguments) {
     AddProgress(*list, options);
 
     Format showFormat = Format::Text;
-    std::string name;
     CLI::App* show = app.add_subcommand("show", "Show one application");
-    show->add_option("KEY", options.key, "key of the application, case does not matter")->required();
-    CLI::Option* nameOption =
-        show->add_option("--name", name, "name of the application, when several share the key")->option_text("NAME");
+    AddApplication(*show, options);
     AddMachineOptions(*show, options);
     AddChoice<Format>(*show, "--format", showFormat, {{"text", Format::Text}, {"json", Format::Json}}, "text or json");
+
+    CLI::App* uninstall = app.add_subcommand("uninstall", "Run the uninstaller of an application and wait for it");
+    AddApplication(*uninstall, options);
+    AddMachineOptions(*uninstall, options);
+    uninstall->add_flag("--dry-run", options.dryRun, "tell what would run, as JSON, and run nothing");
 
     try {
         std::reverse(arguments.begin(), arguments.end());
@@ -93,11 +105,10 @@ ParsedCommandLine ParseCommandLine(std::vector<std::string> arguments) {
     } catch (const CLI::ParseError& error) {
         return ReportUsage(app, error);
     }
-    if (show->parsed()) {
-        options.command = Command::Show;
+    if (show->parsed() || uninstall->parsed()) {
+        options.command = show->parsed() ? Command::Show : Command::Uninstall;
         options.format = showFormat;
         options.progress = ProgressStyle::None;
-        if (nameOption->count() > 0) options.name = name;
     }
     return {std::move(options), kExitSuccess};
 }

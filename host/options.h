@@ -7,7 +7,7 @@
 
 namespace roundup::host {
 
-enum class Command { List, Show };
+enum class Command { List, Show, Uninstall };
 enum class Format { Table, Tree, Json, Csv, Text };
 enum class ProgressStyle { Auto, Bar, Plain, None };
 
@@ -27,6 +27,7 @@ struct Options {
     std::string user;
     std::string key;
     std::optional<std::string> name;
+    bool dryRun = false;
     bool verbose = false;
 };
 
