@@ -1,4 +1,4 @@
-#include "platform/recorded/recordedclosedlibraries.h"
+#include "platform/closedstandins.h"
 
 #include <algorithm>
 #include <atomic>
@@ -78,12 +78,12 @@ bool Expand(IFileSystem& files, const std::u16string& folder, std::u16string_vie
 
 }  // namespace
 
-IProbeIO* RecordedClosedLibraries::GetProbeIO() { return new FileObject(m_files); }
+IProbeIO* MakeFileObject(IFileSystem& files) { return new FileObject(files); }
 
-bool RecordedClosedLibraries::ExpandPathMask(const char16_t* path, std::u16string& expanded, std::int32_t) {
+bool ExpandFirstMatch(IFileSystem& files, const char16_t* path, std::u16string& expanded) {
     expanded.clear();
     std::u16string found;
-    if (!Expand(m_files, {}, path, kMostMasks, found)) return false;
+    if (!Expand(files, {}, path, kMostMasks, found)) return false;
     expanded = std::move(found);
     return !expanded.empty();
 }

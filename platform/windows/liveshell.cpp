@@ -1,0 +1,75 @@
+// The shell of the live machine: folders, command lines, texts and apartments. Icons are LiveIcons', links
+// ReadShellLink's.
+#include <objbase.h>
+#include <shellapi.h>
+#include <shlobj.h>
+#include <shlwapi.h>
+
+#include <algorithm>
+#include <iterator>
+#include <memory>
+
+#include "platform/windows/liveicons.h"
+#include "platform/windows/shelllinkreader.h"
+#include "platform/windows/winhandle.h"
+
+namespace roundup {
+
+namespace {
+
+// How many EnterApartment of the thread found it in an apartment of another kind, which the host chose. They entered
+// nothing, and as many LeaveApartment must leave nothing: the host's apartment is not ours to end. Within a thread they
+// are always the innermost ones, since the kind cannot change while a pair is open.
+thread_local std::uint32_t t_refused = 0;
+
+bool CopyPath(const wchar_t (&found)[MAX_PATH], char16_t (&path)[260]) {
+    std::copy(std::begin(found), std::end(found), ToWide(path));
+    return true;
+}
+
+class LiveShell final : public LiveIcons {
+  public:
+    bool GetFolderPath(std::uint32_t number, char16_t (&path)[260]) override {
+        wchar_t found[MAX_PATH] = {};
+        const HRESULT result =
+            ::SHGetFolderPathW(nullptr, static_cast<int>(number), nullptr, SHGFP_TYPE_CURRENT, found);
+        return SUCCEEDED(result) && CopyPath(found, path);
+    }
+    bool GetSpecialFolderPath(std::uint32_t number, char16_t (&path)[260]) override {
+        wchar_t found[MAX_PATH] = {};
+        return ::SHGetSpecialFolderPathW(nullptr, found, static_cast<int>(number), FALSE) && CopyPath(found, path);
+    }
+
+    bool SplitCommandLine(const char16_t* text, std::vector<std::u16string>& arguments) override {
+        int count = 0;
+        const LocalBlock<wchar_t**> parts(::CommandLineToArgvW(ToWide(text), &count));
+        if (!parts) return false;
+        arguments.clear();
+        arguments.reserve(static_cast<std::size_t>(count));
+        for (int i = 0; i < count; ++i) arguments.emplace_back(FromWide(parts.Get()[i]));
+        return true;
+    }
+
+    bool LoadIndirectString(const char16_t* source, char16_t* buffer, std::uint32_t size) override {
+        return SUCCEEDED(::SHLoadIndirectString(ToWide(source), ToWide(buffer), size, nullptr));
+    }
+
+    bool ReadLink(const char16_t* path, ShellLink& link) override { return ReadShellLink(path, link); }
+
+    void EnterApartment() override {
+        if (FAILED(::CoInitialize(nullptr))) ++t_refused;
+    }
+    void LeaveApartment() override {
+        if (t_refused != 0) {
+            --t_refused;
+        } else {
+            ::CoUninitialize();
+        }
+    }
+};
+
+}  // namespace
+
+std::unique_ptr<IShell> MakeLiveShell() { return std::make_unique<LiveShell>(); }
+
+}  // namespace roundup
