@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "platform/recorded/installer/installeranswer.h"
-
 namespace roundup {
 
 namespace {
@@ -27,54 +25,54 @@ Win32Error AddObject(HandleTable<T>& table, std::shared_ptr<T> object, Installer
 Win32Error RecordedInstaller::OpenDatabase(const char16_t* path, InstallerHandle& database) {
     database = 0;
     if (path == nullptr) return kErrorInvalidParameter;
-    std::shared_ptr<IInstallerDatabase> opened;
+    std::shared_ptr<InstallerDatabase> opened;
     if (const Win32Error error = OpenInstallerDatabase(m_files, path, opened); error != kErrorSuccess) return error;
     return AddObject(m_databases, std::move(opened), database);
 }
 
 Win32Error RecordedInstaller::OpenView(InstallerHandle database, const char16_t* query, InstallerHandle& view) {
     view = 0;
-    const std::shared_ptr<IInstallerDatabase> found = m_databases.Find(TableValue(database));
+    const std::shared_ptr<InstallerDatabase> found = m_databases.Find(TableValue(database));
     if (found == nullptr) return kErrorInvalidHandle;
     if (query == nullptr) return kErrorInvalidParameter;
-    std::shared_ptr<IInstallerView> opened;
+    std::shared_ptr<InstallerView> opened;
     if (const Win32Error error = found->OpenView(query, opened); error != kErrorSuccess) return error;
     return AddObject(m_views, std::move(opened), view);
 }
 
 Win32Error RecordedInstaller::ExecuteView(InstallerHandle view) {
-    const std::shared_ptr<IInstallerView> found = m_views.Find(TableValue(view));
+    const std::shared_ptr<InstallerView> found = m_views.Find(TableValue(view));
     return found != nullptr ? found->Execute() : kErrorInvalidHandle;
 }
 
 Win32Error RecordedInstaller::FetchRecord(InstallerHandle view, InstallerHandle& record) {
     record = 0;
-    const std::shared_ptr<IInstallerView> found = m_views.Find(TableValue(view));
+    const std::shared_ptr<InstallerView> found = m_views.Find(TableValue(view));
     if (found == nullptr) return kErrorInvalidHandle;
-    std::shared_ptr<IInstallerRecord> fetched;
+    std::shared_ptr<InstallerRecord> fetched;
     if (const Win32Error error = found->Fetch(fetched); error != kErrorSuccess) return error;
     return AddObject(m_records, std::move(fetched), record);
 }
 
 Win32Error RecordedInstaller::GetString(InstallerHandle record, std::uint32_t column, char16_t* buffer,
                                         std::uint32_t& length) {
-    const std::shared_ptr<IInstallerRecord> found = m_records.Find(TableValue(record));
-    return found != nullptr ? AnswerInstallerText(found->Text(column), buffer, length) : kErrorInvalidHandle;
+    const std::shared_ptr<InstallerRecord> found = m_records.Find(TableValue(record));
+    return found != nullptr ? found->Text(column, buffer, length) : kErrorInvalidHandle;
 }
 
 std::int32_t RecordedInstaller::GetInteger(InstallerHandle record, std::uint32_t column) {
-    const std::shared_ptr<IInstallerRecord> found = m_records.Find(TableValue(record));
+    const std::shared_ptr<InstallerRecord> found = m_records.Find(TableValue(record));
     return found != nullptr ? found->Integer(column) : kNullInteger;
 }
 
 std::uint32_t RecordedInstaller::GetDataSize(InstallerHandle record, std::uint32_t column) {
-    const std::shared_ptr<IInstallerRecord> found = m_records.Find(TableValue(record));
+    const std::shared_ptr<InstallerRecord> found = m_records.Find(TableValue(record));
     return found != nullptr ? found->DataSize(column) : 0;
 }
 
 Win32Error RecordedInstaller::ReadStream(InstallerHandle record, std::uint32_t column, void* buffer,
                                          std::uint32_t& size) {
-    const std::shared_ptr<IInstallerRecord> found = m_records.Find(TableValue(record));
+    const std::shared_ptr<InstallerRecord> found = m_records.Find(TableValue(record));
     return found != nullptr ? found->ReadStream(column, buffer, size) : kErrorInvalidHandle;
 }
 

@@ -43,9 +43,9 @@ class RecordedInstaller final : public IInstaller {
   private:
     IFileSystem& m_files;
     InstallerBooks m_books;
-    HandleTable<IInstallerDatabase> m_databases;
-    HandleTable<IInstallerView> m_views;
-    HandleTable<IInstallerRecord> m_records;
+    HandleTable<InstallerDatabase> m_databases;
+    HandleTable<InstallerView> m_views;
+    HandleTable<InstallerRecord> m_records;
 };
 
 }  // namespace roundup
