@@ -1,10 +1,12 @@
 #include "platform/windows/liveicons.h"
 
-#include <shellapi.h>
-
 #include <cstring>
 
+// clang-format off: these need what comes before them.
+#include <shellapi.h>
+
 #include "platform/windows/winhandle.h"
+// clang-format on
 
 namespace roundup {
 

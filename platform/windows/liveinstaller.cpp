@@ -1,10 +1,13 @@
 // Windows Installer of the live machine: each operation is the function of msi.dll that the seam names, and an
 // InstallerHandle is its MSIHANDLE. Every Windows has msi.dll, so the loader binds it.
+
+#include "platform/windows/liveareas.h"
+// clang-format off: these need what comes before them.
 #include <msi.h>
 #include <msiquery.h>
 
-#include "platform/windows/liveareas.h"
 #include "platform/windows/wintext.h"
+// clang-format on
 
 namespace roundup {
 

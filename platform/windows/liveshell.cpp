@@ -1,9 +1,5 @@
 // The shell of the live machine: folders, command lines, texts and apartments. Icons are LiveIcons', links
 // ReadShellLink's.
-#include <objbase.h>
-#include <shellapi.h>
-#include <shlobj.h>
-#include <shlwapi.h>
 
 #include <algorithm>
 #include <iterator>
@@ -11,7 +7,14 @@
 
 #include "platform/windows/liveicons.h"
 #include "platform/windows/shelllinkreader.h"
+// clang-format off: these need what comes before them.
+#include <objbase.h>
+#include <shellapi.h>
+#include <shlobj.h>
+#include <shlwapi.h>
+
 #include "platform/windows/winhandle.h"
+// clang-format on
 
 namespace roundup {
 

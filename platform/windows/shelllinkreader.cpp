@@ -1,9 +1,11 @@
 #include "platform/windows/shelllinkreader.h"
 
+// clang-format off: these need what comes before them.
 #include <objbase.h>
 #include <shlobj.h>
 
 #include "platform/windows/winhandle.h"
+// clang-format on
 
 namespace roundup {
 
