@@ -2,6 +2,7 @@
 #include <limits>
 
 #include "appcenter/app/app.h"
+#include "appcenter/app/filerecord.h"
 #include "appcenter/app/recordformat.h"
 #include "appcenter/app/recordwriter.h"
 #include "utility/boundary.h"
@@ -10,24 +11,6 @@
 namespace roundup {
 
 namespace {
-
-template <class Sink>
-void PutFile(Sink& sink, const CWFYFile& file) {
-    if (file.pwszPath.IsEmpty()) return;
-    sink.Put(kFileMagic);
-    sink.PutText(file.pwszPath);
-    if (file.pwszShortPath.IsEmpty()) {
-        sink.Put(std::uint32_t{0});
-    } else {
-        sink.PutText(file.pwszShortPath);
-    }
-    sink.Put(file.llSize);
-    sink.Put(file.dwType);
-    sink.Put(file.dwFlags);
-    if (file.pwszAlias.IsEmpty()) return;
-    sink.Put(kAliasMagic);
-    sink.PutText(file.pwszAlias);
-}
 
 // The count is that of the list even when a file without a path writes nothing: such a file is never added.
 template <class Sink>

@@ -19,7 +19,7 @@ bool RecordReader::SkipWord(std::uint32_t word) noexcept {
 
 ResultCode RecordReader::ReadBytes(std::size_t size, std::span<const std::byte>& bytes) noexcept {
     const auto next = m_block.Slice(m_position, size);
-    if (!next) return Fail(SmallCode::BadArgument, Left());
+    if (!next) return Fail(m_pastEnd, Left());
     bytes = next->Bytes();
     m_position += size;
     return kSuccess;

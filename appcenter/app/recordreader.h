@@ -11,11 +11,12 @@
 
 namespace roundup {
 
-// Takes one field after the other from a block of little-endian bytes without padding. A field that runs past the end
-// is a failure like every other fault of a record: BadArgument.
+// Takes one field after the other from a block of little-endian bytes without padding. A fault of the record is
+// BadArgument; a field that runs past the end is what the maker of the reader says, which is the same for most.
 class RecordReader {
   public:
-    explicit RecordReader(std::span<const std::byte> block) noexcept : m_block(block) {}
+    explicit RecordReader(std::span<const std::byte> block, SmallCode pastEnd = SmallCode::BadArgument) noexcept
+        : m_pastEnd(pastEnd), m_block(block) {}
 
     std::size_t Position() const noexcept { return m_position; }
     std::size_t Left() const noexcept { return m_block.Size() - m_position; }
@@ -27,7 +28,7 @@ class RecordReader {
     template <class Number>
     [[nodiscard]] ResultCode Read(Number& number) noexcept {
         const auto next = m_block.At<Number>(m_position);
-        if (!next) return Fail(SmallCode::BadArgument, Left());
+        if (!next) return Fail(m_pastEnd, Left());
         number = *next;
         m_position += sizeof number;
         return kSuccess;
@@ -41,6 +42,7 @@ class RecordReader {
     [[nodiscard]] ResultCode ReadText(OwnedString& text, bool needed) noexcept;
 
   private:
+    SmallCode m_pastEnd;
     ByteView m_block;
     std::size_t m_position = 0;
 };
