@@ -2,10 +2,10 @@
 
 #include <cstring>
 
-// clang-format off: these need what comes before them.
-#include <shellapi.h>
-
+// The order matters: windows.h comes first.
+// clang-format off
 #include "platform/windows/winhandle.h"
+#include <shellapi.h>
 // clang-format on
 
 namespace roundup {

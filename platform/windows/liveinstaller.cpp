@@ -2,11 +2,12 @@
 // InstallerHandle is its MSIHANDLE. Every Windows has msi.dll, so the loader binds it.
 
 #include "platform/windows/liveareas.h"
-// clang-format off: these need what comes before them.
+
+// The order matters: windows.h comes first.
+// clang-format off
+#include "platform/windows/wintext.h"
 #include <msi.h>
 #include <msiquery.h>
-
-#include "platform/windows/wintext.h"
 // clang-format on
 
 namespace roundup {

@@ -11,8 +11,8 @@ HANDLE FromSeam(ProcessHandle process) noexcept {
     return reinterpret_cast<HANDLE>(static_cast<std::uintptr_t>(process));
 }
 
-// Who starts a process waits for it on a thread of the module, whose last steps come behind what the host is told: a host
-// that unloads the module then would take the code away from under them. So it stays to the end of the process.
+// Who starts a process waits for it on a thread of the module, whose last steps come behind what the host is told: a
+// host that unloads the module then would take the code away from under them. So it stays to the end of the process.
 void KeepModuleLoaded() noexcept {
     HMODULE module = nullptr;
     ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,

@@ -1,10 +1,10 @@
 #include "platform/windows/shelllinkreader.h"
 
-// clang-format off: these need what comes before them.
+// The order matters: windows.h comes first.
+// clang-format off
+#include "platform/windows/winhandle.h"
 #include <objbase.h>
 #include <shlobj.h>
-
-#include "platform/windows/winhandle.h"
 // clang-format on
 
 namespace roundup {
