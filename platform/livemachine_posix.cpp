@@ -2,6 +2,6 @@
 
 namespace roundup {
 
-std::unique_ptr<Machine> OpenLiveMachine() { return nullptr; }
+std::unique_ptr<Machine> OpenLiveMachine(LiveOptions) { return nullptr; }
 
 }  // namespace roundup

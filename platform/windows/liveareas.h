@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "platform/machine.h"
+#include "platform/livemachine.h"
 
 namespace roundup {
 
@@ -14,7 +14,7 @@ std::unique_ptr<IShell> MakeLiveShell();
 std::unique_ptr<IInstaller> MakeLiveInstaller();
 std::unique_ptr<IProcesses> MakeLiveProcesses();
 std::unique_ptr<ISecurity> MakeLiveSecurity();
-std::unique_ptr<ISystem> MakeLiveSystem();
+std::unique_ptr<ISystem> MakeLiveSystem(LiveOptions options);
 std::unique_ptr<IClosedLibraries> MakeLiveClosedLibraries();
 
 }  // namespace roundup

@@ -1,8 +1,10 @@
 #include "platform/windows/livemachine.h"
 
+#include <utility>
+
 namespace roundup {
 
-LiveMachine::LiveMachine()
+LiveMachine::LiveMachine(LiveOptions options)
     : m_registry(MakeLiveRegistry()),
       m_files(MakeLiveFiles()),
       m_profile(MakeLiveProfile()),
@@ -10,9 +12,11 @@ LiveMachine::LiveMachine()
       m_installer(MakeLiveInstaller()),
       m_processes(MakeLiveProcesses()),
       m_security(MakeLiveSecurity()),
-      m_system(MakeLiveSystem()),
+      m_system(MakeLiveSystem(std::move(options))),
       m_closedLibraries(MakeLiveClosedLibraries()) {}
 
-std::unique_ptr<Machine> OpenLiveMachine() { return std::make_unique<LiveMachine>(); }
+std::unique_ptr<Machine> OpenLiveMachine(LiveOptions options) {
+    return std::make_unique<LiveMachine>(std::move(options));
+}
 
 }  // namespace roundup

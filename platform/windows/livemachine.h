@@ -2,14 +2,13 @@
 // name; what the system makes of the answers stands above the seam.
 #pragma once
 
-#include "platform/livemachine.h"
 #include "platform/windows/liveareas.h"
 
 namespace roundup {
 
 class LiveMachine final : public Machine {
   public:
-    LiveMachine();
+    explicit LiveMachine(LiveOptions options);
 
     IRegistry& Registry() override { return *m_registry; }
     IFileSystem& Files() override { return *m_files; }

@@ -2,6 +2,11 @@
 #pragma once
 
 #include <windows.h>
+// What builds on it must come behind it.
+#include <aclapi.h>
+#include <lm.h>
+#include <objbase.h>
+#include <winioctl.h>
 
 #include <cstdint>
 #include <string>
