@@ -115,4 +115,9 @@ void FixFamilyLocation(CApp& app) {
     app.bLocationNarrowed = true;
 }
 
+std::u16string FindFamilyFolder(std::u16string_view displayName, const std::u16string& base) {
+    const FamilyName name = SplitName(displayName);
+    return name.product.empty() ? std::u16string() : FindFolder(base, name);
+}
+
 }  // namespace roundup

@@ -1,6 +1,9 @@
 // The members of one family of applications name their common folder as their location.
 #pragma once
 
+#include <string>
+#include <string_view>
+
 namespace roundup {
 
 class CApp;
@@ -12,5 +15,9 @@ bool IsFamilyMember(const CApp& app);
 // product's name and most of its version words; the real location follows. Nothing happens to an application without
 // a location, to one that is named otherwise, and when no folder fits.
 void FixFamilyLocation(CApp& app);
+
+// The name of the folder below base, which has no backslash at its end, that fits a member of that display name best;
+// empty when none does.
+std::u16string FindFamilyFolder(std::u16string_view displayName, const std::u16string& base);
 
 }  // namespace roundup

@@ -3,12 +3,16 @@
 #include <iterator>
 #include <utility>
 
+#include "appcenter/appadapterconfig/rulefilestore.h"
 #include "appcenter/appeunm/appmanager.h"
 #include "appcenter/appeunm/attachclaims.h"
 #include "appcenter/appeunm/hidepasses.h"
 #include "appcenter/appeunm/locationpasses.h"
 #include "appcenter/appeunm/mergelists.h"
+#include "appcenter/appeunm/rulepasses.h"
+#include "appcenter/appeunm/suitefolder.h"
 #include "appcenter/appeunm/suitegroup.h"
+#include "platform/machine.h"
 #include "utility/boundary.h"
 
 // The sources deliver two overlapping pictures: the Uninstall entries, which are the spine of the catalogue, and the
@@ -50,8 +54,8 @@ void DropRemaining(const IContinue& goOn, const char16_t* what, CAppList& list) 
 using HidePass = ResultCode (*)(CAppManager& manager, CAppList& main, CAppList& hide);
 
 constexpr HidePass kHidePasses[] = {
-    AttachSameFolder, AttachByDependency, GroupSuiteComponents,    GroupSuiteSiblings,
-    AttachBySource,   AttachRuntimes,     AttachBySharedComponent,
+    AttachSameFolder, AttachByDependency, GroupSuiteComponents, GroupSuiteSiblings,
+    AttachBySource,   AttachRuntimes,     AttachByRules,        AttachBySharedComponent,
 };
 
 void RunHidePasses(CAppManager& manager, CAppList& main, CAppList& hide) {
@@ -63,10 +67,19 @@ void RunHidePasses(CAppManager& manager, CAppList& main, CAppList& hide) {
     }
 }
 
+void CorrectSuiteFolders(const IContinue& goOn, const CAppList& main) {
+    for (const RefPtr<CApp>& app : main) {
+        if (goOn.IsContinue() == 0) return;
+        CorrectSuiteFolder(*app);
+    }
+}
+
 }  // namespace
 
 // A load that was stopped has no applications rather than half a forest.
 void Reconcile(CAppManager& manager, AppList& installs, AppList& uninstalls) {
+    // Rule files may have changed since the last load; within one they are read once.
+    ProcessWide<RuleFileStore>().Renew();
     CAppList records = TakeInstalls(installs);
     CAppList main = RemoveDuplicates(manager, TakeAll(uninstalls));
     MergeInstallRecords(manager, main, records);
@@ -77,10 +90,13 @@ void Reconcile(CAppManager& manager, AppList& installs, AppList& uninstalls) {
     SortMain(manager, main, AttachClaimed(manager, main), hide);
     AttachByLocation(manager, main, hide);
     RunHidePasses(manager, main, hide);
+    CorrectSuiteFolders(manager, main);
     DropRemaining(manager, u"remain hideApp", hide);
 
     BreakCycles(manager, main);
+    AttachCompatible(manager, main);
     ShortenLocations(manager, main);
+    AttachRuleSubApps(manager, main);
 
     if (manager.IsContinue() == 0) return;
     AppList& apps = manager.Applications();

@@ -1,0 +1,39 @@
+#include "appcenter/appeunm/suitefolder.h"
+
+#include <string>
+
+#include "appcenter/app/app.h"
+#include "appcenter/appadapterparse/familylocation.h"
+#include "utility/fileinfo.h"
+#include "utility/fixedtext.h"
+#include "utility/mountpoints.h"
+
+namespace roundup {
+namespace {
+
+// Where a mount point leads; the folder itself when it is none; empty when its target cannot be had.
+std::u16string FollowFolder(std::u16string folder) {
+    if (!IsReparseFolder(folder.c_str())) return folder;
+    FixedText<520> target;
+    GetMountTarget(folder.c_str(), target);
+    return std::u16string(target);
+}
+
+}  // namespace
+
+// Row 17.
+void CorrectSuiteFolder(CApp& app) {
+    if (app.pwszInstallLoc.IsEmpty() || !ContainsNoCase(app.pwszName, u"Adobe")) return;
+    std::u16string folder = FollowFolder(std::u16string(app.pwszInstallLoc));
+    if (folder.empty()) return;
+    if (folder.back() == u'\\') folder.pop_back();
+    const std::u16string product = FindFamilyFolder(app.pwszName, folder);
+    if (product.empty()) return;
+
+    folder.append(u"\\").append(product);
+    const std::u16string target = FollowFolder(folder);
+    AssignString(app.pwszInstallLoc, std::u16string(app.pwszInstallLoc) + u"\\" + product);
+    AssignString(app.pwszRealInstallLoc, target.empty() ? folder : target);
+}
+
+}  // namespace roundup
