@@ -8,18 +8,18 @@
 namespace roundup {
 
 // Fills the package list from its construction to the end of its destruction; nobody else touches the list in
-// between.
+// between. Only Windows 10 and what calls itself so has the repository. The go-on query is asked before each package,
+// once the whole repository has been read.
 class CLoadAppx final : public SourceThread {
   public:
     CLoadAppx(const IContinue& goOn, AppList& packages);
     ~CLoadAppx() override { Join(); }
 
   private:
-    // This build does not read the repository yet: it adds nothing.
     void Walk() override;
 
-    [[maybe_unused]] const IContinue& m_goOn;
-    [[maybe_unused]] AppList& m_packages;
+    const IContinue& m_goOn;
+    AppList& m_packages;
 };
 
 }  // namespace roundup
