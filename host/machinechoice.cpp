@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "host/terminal.h"
+#include "platform/livemachine.h"
 #include "platform/recorded/openmachine.h"
 #include "utility/utf.h"
 
@@ -15,26 +15,30 @@ void ShowDiagnosis(std::u16string_view text) {
     std::fwrite(shown.data(), 1, shown.size(), stderr);
 }
 
+void DropDiagnosis(std::u16string_view) {}
+
+std::unique_ptr<Machine> ChooseLive(const Options& options, std::string& message) {
+    LiveOptions open;
+    open.output = options.verbose ? ShowDiagnosis : DropDiagnosis;
+    std::unique_ptr<Machine> machine = OpenLiveMachine(open);
+    if (machine == nullptr) message = "no machine: name one with --machine DIR or ROUNDUP_MACHINE";
+    return machine;
+}
+
 }  // namespace
 
-ChosenMachine ChooseMachine(const Options& options, std::string& message) {
-    ChosenMachine chosen;
-    if (options.machine.empty()) {
-        chosen.machine = LiveMachine();
-        if (chosen.machine == nullptr) message = "no machine: name one with --machine DIR or ROUNDUP_MACHINE";
-        return chosen;
-    }
+// What the module writes for diagnosis must not mix with the data on standard output.
+std::unique_ptr<Machine> ChooseMachine(const Options& options, std::string& message) {
+    if (options.machine.empty()) return ChooseLive(options, message);
     OpenOptions open;
     open.folder = options.machine;
     open.hostFolder = options.hostFolder;
     open.user = options.user;
-    // What the module writes for diagnosis must not mix with the data on standard output.
     if (options.verbose) open.debug = open.output = ShowDiagnosis;
     SourceError error;
-    chosen.owned = OpenRecordedMachine(open, error);
-    chosen.machine = chosen.owned.get();
-    if (chosen.machine == nullptr) message = error.Text();
-    return chosen;
+    std::unique_ptr<Machine> machine = OpenRecordedMachine(open, error);
+    if (machine == nullptr) message = error.Text();
+    return machine;
 }
 
 }  // namespace roundup::host

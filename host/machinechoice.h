@@ -9,13 +9,8 @@
 
 namespace roundup::host {
 
-// The machine to work on, and its owner when it is not the live one.
-struct ChosenMachine {
-    std::unique_ptr<Machine> owned;
-    Machine* machine = nullptr;
-};
-
-// Opens the machine. When there is none, machine is null and message says why, on one line.
-ChosenMachine ChooseMachine(const Options& options, std::string& message);
+// Opens the machine; without a name the one that the program runs on, where that is a Windows. Null when there is none,
+// and message says why, on one line.
+std::unique_ptr<Machine> ChooseMachine(const Options& options, std::string& message);
 
 }  // namespace roundup::host

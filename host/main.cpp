@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <exception>
+#include <memory>
 #include <string>
 
 #include "host/machinechoice.h"
@@ -19,12 +20,12 @@ int Run(int argc, char** argv) {
     if (!parsed.options) return parsed.exitStatus;
     CatchInterrupts();
     std::string message;
-    const ChosenMachine chosen = ChooseMachine(*parsed.options, message);
-    if (chosen.machine == nullptr) {
+    const std::unique_ptr<Machine> machine = ChooseMachine(*parsed.options, message);
+    if (machine == nullptr) {
         std::fprintf(stderr, "roundup: %s\n", message.c_str());
         return kExitFailure;
     }
-    const MachineScope scope(*chosen.machine);
+    const MachineScope scope(*machine);
     return RunCommand(*parsed.options);
 }
 

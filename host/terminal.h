@@ -6,8 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "platform/machine.h"
-
 namespace roundup::host {
 
 enum class Stream { Output, Error };
@@ -32,8 +30,5 @@ std::size_t CharacterColumns(char32_t character);
 // From now on Ctrl-C sets a flag that Interrupted tells, instead of ending the process; a second Ctrl-C ends it.
 void CatchInterrupts();
 bool Interrupted();
-
-// The machine that the process itself runs on, when it is one of those that the program looks at; null elsewhere.
-Machine* LiveMachine();
 
 }  // namespace roundup::host

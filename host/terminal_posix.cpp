@@ -72,6 +72,4 @@ void CatchInterrupts() {
 
 bool Interrupted() { return g_interrupted.load(); }
 
-Machine* LiveMachine() { return nullptr; }
-
 }  // namespace roundup::host

@@ -111,6 +111,4 @@ void CatchInterrupts() { std::signal(SIGINT, OnInterrupt); }
 
 bool Interrupted() { return g_interrupted.load(); }
 
-Machine* LiveMachine() { return HasCurrentMachine() ? &CurrentMachine() : nullptr; }
-
 }  // namespace roundup::host

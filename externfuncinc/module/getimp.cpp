@@ -8,7 +8,7 @@
 
 #include "externfuncinc/export.h"
 #include "externfuncinc/externfunc.h"
-#include "platform/machine.h"
+#include "platform/livemachine.h"
 #include "platform/recorded/openmachine.h"
 #include "utility/boundary.h"
 #include "utility/utf.h"
@@ -16,36 +16,46 @@
 namespace roundup {
 namespace {
 
-// The machine of the environment, which stays the module's until it is unloaded.
-class EnvironmentMachine {
+// The module's machine, which stays its own until it is unloaded: the one that the environment names, else the live
+// one, where the platform has it.
+class ModuleMachine {
   public:
-    // True when there is a current machine: the live one, where the platform has it, or the one that is opened here.
-    // One that could not be opened is tried again at the next call.
+    // True when there is a current machine. One that could not be opened is tried again at the next call.
     bool Provide() {
         const std::lock_guard guard(m_lock);
         if (HasCurrentMachine()) return true;
-        OpenOptions options;
-        options.folder = Variable("ROUNDUP_MACHINE");
-        options.hostFolder = Variable("ROUNDUP_HOST");
-        options.user = Variable("ROUNDUP_USER");
-        if (options.folder.empty()) return false;
-        options.output = [](std::u16string_view text) {
-            const std::string bytes = ToUtf8(text);
-            std::fwrite(bytes.data(), 1, bytes.size(), stdout);
-        };
-        SourceError error;
-        m_machine = OpenRecordedMachine(options, error);
-        if (m_machine == nullptr) {
-            // There is no log without a machine, and the caller learns no more than that there is none.
-            std::fprintf(stderr, "roundup: %s\n", error.Text().c_str());
-            return false;
-        }
+        m_machine = OpenLiveMachine();
+        const std::string folder = Variable("ROUNDUP_MACHINE");
+        if (!folder.empty()) m_machine = Open(folder);
+        if (m_machine == nullptr) return false;
         m_scope.emplace(*m_machine);
         return true;
     }
 
   private:
-    static std::string Variable(const char* name) {
+    std::unique_ptr<Machine> Open(const std::string& folder) {
+        OpenOptions options;
+        options.folder = folder;
+        options.hostFolder = Variable("ROUNDUP_HOST");
+        options.user = Variable("ROUNDUP_USER");
+        options.output = [](std::u16string_view text) {
+            const std::string bytes = ToUtf8(text);
+            std::fwrite(bytes.data(), 1, bytes.size(), stdout);
+        };
+        SourceError error;
+        std::unique_ptr<Machine> machine = OpenRecordedMachine(options, error);
+        // There is no log without a machine, and the caller learns no more than that there is none.
+        if (machine == nullptr) std::fprintf(stderr, "roundup: %s\n", error.Text().c_str());
+        return machine;
+    }
+
+    // UTF-8. The run-time library of Windows has the environment in a code page, the platform has it whole.
+    std::string Variable(const char* name) {
+        if (m_machine != nullptr) {
+            char16_t value[1024] = {};
+            const std::uint32_t length = m_machine->System().GetEnvironment(FromUtf8(name).c_str(), value, 1024);
+            return length < 1024 ? ToUtf8({value, length}) : std::string();
+        }
         const char* const value = std::getenv(name);
         return value != nullptr ? value : "";
     }
@@ -56,7 +66,7 @@ class EnvironmentMachine {
 };
 
 bool ProvideMachine() {
-    static EnvironmentMachine machine;
+    static ModuleMachine machine;
     return machine.Provide();
 }
 
