@@ -12,6 +12,7 @@
 #include "utility/commandpaths.h"
 
 #include <algorithm>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,7 @@
 #include "utility/casemap.h"
 #include "utility/fileinfo.h"
 #include "utility/pathtext.h"
+#include "utility/textscan.h"
 
 namespace roundup {
 
@@ -37,10 +39,12 @@ std::size_t NameStart(std::u16string_view path) noexcept {
 // Where a rooted path begins in an argument such as /I:C:\x or path=C:\x: one character before the first ":" that a
 // separator follows. The argument's length when there is none.
 std::size_t FindRooted(std::u16string_view argument) {
-    for (std::size_t i = 0; i + 1 < argument.size(); ++i) {
-        if (argument[i] == u':' && IsSeparator(argument[i + 1])) return i != 0 ? i - 1 : 0;
+    std::size_t colon = FindFirst(argument, u':');
+    while (colon + 1 < argument.size() && !IsSeparator(argument[colon + 1])) {
+        colon += 1 + FindFirst(argument.substr(colon + 1), u':');
     }
-    return argument.size();
+    if (colon + 1 >= argument.size()) return argument.size();
+    return colon != 0 ? colon - 1 : 0;
 }
 
 // Splits a plain line in two: the program, in front of the first blank or in quotes, and what stands behind it, in
@@ -50,7 +54,7 @@ std::size_t FindRooted(std::u16string_view argument) {
 bool SplitPlainLine(std::u16string_view line, std::u16string_view& program, std::u16string_view& rest) noexcept {
     const bool quoted = line.front() == u'"';
     if (quoted) line.remove_prefix(1);
-    const std::size_t end = std::min(line.find(quoted ? u'"' : u' '), line.size());
+    const std::size_t end = FindFirst(line, quoted ? u'"' : u' ');
     if (end == 0 || (quoted && end == line.size())) return false;
     program = line.substr(0, end);
     rest = line.substr(quoted ? end + 1 : end);
@@ -64,21 +68,20 @@ bool SplitPlainLine(std::u16string_view line, std::u16string_view& program, std:
 
 std::u16string_view TakeArgument(std::u16string_view& rest) noexcept {
     rest.remove_prefix(std::min(rest.find_first_not_of(u' '), rest.size()));
-    const std::u16string_view argument = rest.substr(0, rest.find(u' '));
+    const std::u16string_view argument = rest.substr(0, FindFirst(rest, u' '));
     rest.remove_prefix(argument.size());
     return argument;
 }
 
 }  // namespace
 
-CommandPaths::CommandPaths(const char16_t* commandLine) {
-    if (commandLine == nullptr || commandLine[0] == u'\0') return;
-    const std::u16string_view line = commandLine;
-    if (Try(line)) return;
+CommandPaths::CommandPaths(TextOrNull commandLine) {
+    const std::u16string_view line = commandLine.View();
+    if (line.empty() || Try(line)) return;
     std::u16string_view program;
     std::u16string_view rest;
     const bool isPlain = SplitPlainLine(line, program, rest);
-    if (isPlain ? TryPlainLine(program, rest) : TryPlatformSplit(commandLine)) return;
+    if (isPlain ? TryPlainLine(program, rest) : TryPlatformSplit(line)) return;
     TryWithoutSwitches(line, isPlain ? program : std::u16string_view());
 }
 
@@ -86,7 +89,8 @@ bool CommandPaths::Try(std::u16string_view candidate) {
     // A longer text has no long path that fits, and a hostile line brings thousands of them. No name has a quote.
     if (candidate.empty() || candidate.size() >= kPathSize || candidate.front() == u'"') return false;
     char16_t path[kPathSize];
-    *std::copy(candidate.begin(), candidate.end(), path) = u'\0';
+    std::memcpy(path, candidate.data(), candidate.size() * sizeof(char16_t));
+    path[candidate.size()] = u'\0';
     if (!IsFilePath(path)) return false;
     char16_t longPath[kPathSize];
     const std::u16string_view text(longPath, GetLongPath(path, longPath, kPathSize, &m_isLong));
@@ -103,9 +107,10 @@ bool CommandPaths::TryPlainLine(std::u16string_view program, std::u16string_view
     return false;
 }
 
-bool CommandPaths::TryPlatformSplit(const char16_t* commandLine) {
+bool CommandPaths::TryPlatformSplit(std::u16string_view commandLine) {
+    const std::u16string line(commandLine);
     std::vector<std::u16string> arguments;
-    if (!CurrentMachine().Shell().SplitCommandLine(commandLine, arguments)) return false;
+    if (!CurrentMachine().Shell().SplitCommandLine(line.c_str(), arguments)) return false;
     std::u16string_view folder;
     return std::any_of(arguments.begin(), arguments.end(),
                        [&](const std::u16string& argument) { return TryArgument(argument, folder); });
@@ -135,10 +140,10 @@ bool CommandPaths::TryArgument(std::u16string_view argument, std::u16string_view
 bool CommandPaths::TryWithoutSwitches(std::u16string_view commandLine, std::u16string_view tried) {
     std::u16string_view text = commandLine;
     for (;;) {
-        const std::size_t slash = text.rfind(u'/');
-        if (slash == std::u16string_view::npos) return false;
-        text = text.substr(0, text.substr(0, slash).find_last_not_of(u' ') + 1);
-        if (text != tried && Try(text)) return true;
+        const std::size_t end = EndOfLast(text, u'/');
+        if (end == 0) return false;
+        text = text.substr(0, text.substr(0, end - 1).find_last_not_of(u' ') + 1);
+        if (!EqualsExactly(text, tried) && Try(text)) return true;
     }
 }
 

@@ -13,7 +13,7 @@ namespace roundup {
 class CommandPaths {
   public:
     // Null or empty gives nothing. The text is not kept and not changed.
-    explicit CommandPaths(const char16_t* commandLine);
+    explicit CommandPaths(TextOrNull commandLine);
 
     // The long path of the file; null when there is none. Good as long as the object.
     const char16_t* First() const noexcept { return m_path.Get(); }
@@ -27,7 +27,7 @@ class CommandPaths {
     bool Try(std::u16string_view candidate);
     bool TryArgument(std::u16string_view argument, std::u16string_view& folder);
     bool TryPlainLine(std::u16string_view program, std::u16string_view rest);
-    bool TryPlatformSplit(const char16_t* commandLine);
+    bool TryPlatformSplit(std::u16string_view commandLine);
     bool TryWithoutSwitches(std::u16string_view commandLine, std::u16string_view tried);
 
     OwnedString m_path;

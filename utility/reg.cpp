@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "platform/machine.h"
+#include "utility/textscan.h"
 
 namespace roundup {
 
@@ -27,12 +28,6 @@ IRegistry& Registry() { return CurrentMachine().Registry(); }
 ResultCode FailRead(Win32Error error, std::source_location where = std::source_location::current()) {
     if (error == kErrorNoMoreFiles || error == kErrorFileNotFound) return FailWin32Quiet(error, where);
     return FailWin32(error, 1, where);
-}
-
-// Texts are zero-terminated, also a name that was stored with a zero inside.
-std::u16string_view UpToZero(const char16_t* text, std::size_t length) noexcept {
-    const char16_t* zero = std::char_traits<char16_t>::find(text, length, u'\0');
-    return {text, zero != nullptr ? static_cast<std::size_t>(zero - text) : length};
 }
 
 // The first words of a RegValueBlock, in front of the data.
@@ -127,7 +122,7 @@ ResultCode CWFYRegKey::EnumKey(OwnedString& name) {
     std::uint32_t length = m_bufferSize / 2;
     const Win32Error error = Registry().EnumKey(m_key, m_keyIndex++, text, length);
     if (error != kErrorSuccess) return FailRead(error);
-    if (!AssignString(name, UpToZero(text, length))) return Fail(SmallCode::ObjectAllocation);
+    if (!AssignString(name, UpToZero({text, length}))) return Fail(SmallCode::ObjectAllocation);
     return kSuccess;
 }
 
@@ -139,7 +134,7 @@ ResultCode CWFYRegKey::EnumValue(OwnedString& name, RegValueBlock& block) {
     std::uint32_t size = m_bufferSize;
     const Win32Error error = Registry().EnumValue(m_key, m_valueIndex++, text, length, type, m_buffer, size);
     if (error != kErrorSuccess) return FailRead(error);
-    if (!AssignString(name, UpToZero(text, length))) return Fail(SmallCode::ObjectAllocation);
+    if (!AssignString(name, UpToZero({text, length}))) return Fail(SmallCode::ObjectAllocation);
     if (!block.Assign(type, Bytes(size))) return Fail(SmallCode::ObjectAllocation);
     return kSuccess;
 }
@@ -176,7 +171,7 @@ ResultCode CWFYRegKey::GetString(const char16_t* name, OwnedString& text, std::s
     const auto* characters = reinterpret_cast<const char16_t*>(m_buffer);
     // An odd byte at the end is the lower half of a character in a text, and dropped from a list.
     const std::u16string_view content =
-        type == kRegMultiSz ? std::u16string_view(characters, size / 2) : UpToZero(characters, (size + 1) / 2);
+        type == kRegMultiSz ? std::u16string_view(characters, size / 2) : UpToZero({characters, (size + 1) / 2});
     if (!AssignString(text, content)) return Fail(SmallCode::ObjectAllocation);
     if (count != nullptr) *count = size / 2;
     return kSuccess;

@@ -1,26 +1,8 @@
-#include <cstring>
-
 #include "platform/machine.h"
 #include "utility/reg.h"
+#include "utility/textscan.h"
 
 namespace roundup {
-
-namespace {
-
-// The characters in front of the first zero. Four at a time: values are many, and nearly all end with their only zero.
-std::size_t LengthToZero(const char16_t* text, std::size_t size) noexcept {
-    constexpr std::uint64_t kOnes = 0x0001000100010001U;
-    std::size_t length = 0;
-    for (; length + 4 <= size; length += 4) {
-        std::uint64_t four = 0;
-        std::memcpy(&four, text + length, sizeof four);
-        if (((four - kOnes) & ~four & (kOnes << 15)) != 0) break;
-    }
-    while (length < size && text[length] != u'\0') ++length;
-    return length;
-}
-
-}  // namespace
 
 ResultCode CWFYRegKey::EnumValueView(RegValueView& value) {
     if (m_valueIndex >= m_valueCount) return FailQuiet(SmallCode::NoMoreItems);
@@ -41,7 +23,7 @@ ResultCode CWFYRegKey::EnumValueView(RegValueView& value) {
 // The key keeps zeros behind the data, so a character of which only the lower half is there may be read whole.
 std::u16string_view RegValueView::Text() const noexcept {
     const auto* text = reinterpret_cast<const char16_t*>(m_data.data());
-    return {text, LengthToZero(text, (m_data.size() + 1) / sizeof(char16_t))};
+    return UpToZero({text, (m_data.size() + 1) / sizeof(char16_t)});
 }
 
 std::u16string_view RegValueView::TextList() const noexcept {

@@ -57,15 +57,10 @@ constexpr auto kFirst = [] {
     return first;
 }();
 
-// The registry's comparison ignores case. Nearly all names are written as in the table.
-bool IsRegistryName(std::u16string_view name, std::u16string_view known) noexcept {
-    return EqualsExactly(name, known) || EqualsNoCase(name, known);
-}
-
 std::uint8_t FindSlot(std::u16string_view name) noexcept {
     if (name.size() > kLongestName) return kNoSlot;
     for (std::size_t i = kFirst[name.size()]; i < kFirst[name.size() + 1]; ++i) {
-        if (IsRegistryName(name, kNames[i].name)) return kNames[i].slot;
+        if (EqualsNoCase(name, kNames[i].name)) return kNames[i].slot;
     }
     return kNoSlot;
 }
@@ -73,7 +68,8 @@ std::uint8_t FindSlot(std::u16string_view name) noexcept {
 }  // namespace
 
 void EntryValues::Read(CWFYRegKey& key) {
-    for (OwnedString& text : m_texts) text.Reset();
+    for (OwnedString& text : m_kept) text.Reset();
+    for (std::u16string& text : m_seen) text.clear();
     m_words.fill(0);
     m_estimatedQword = 0;
 
@@ -81,15 +77,23 @@ void EntryValues::Read(CWFYRegKey& key) {
     for (;;) {
         const ResultCode rc = key.EnumValueView(value);
         if (Small(rc) == SmallCode::NoMoreItems) break;
-        if (Succeeded(rc)) Take(value);
+        if (Succeeded(rc)) Note(value);
     }
 }
 
-void EntryValues::Take(const RegValueView& value) {
+void EntryValues::NoteText(std::size_t slot, std::u16string_view text) {
+    if (slot < kKept) {
+        AssignString(m_kept[slot], text);
+    } else {
+        m_seen[slot - kKept].assign(text);
+    }
+}
+
+void EntryValues::Note(const RegValueView& value) {
     const std::uint8_t slot = FindSlot(value.Name());
     if (slot == kNoSlot) return;
     if (slot < kFirstWord) {
-        AssignString(m_texts[slot], slot == Slot(EntryText::ProductCodes) ? value.TextList() : value.Text());
+        NoteText(slot, slot == Slot(EntryText::ProductCodes) ? value.TextList() : value.Text());
         return;
     }
     const std::span<const std::byte> data = value.Data();
@@ -109,7 +113,7 @@ bool EntryValues::IsSubordinate() const noexcept {
     if (Has(EntryText::ParentKeyName) || Has(EntryText::ParentDisplayName)) return true;
     if (Word(EntryWord::SystemComponent) == 1) return true;
     if (Has(EntryText::ReleaseType)) {
-        const std::u16string_view release = m_texts[static_cast<std::size_t>(EntryText::ReleaseType)];
+        const std::u16string_view release = Text(EntryText::ReleaseType);
         for (const std::u16string_view kind : {u"Hotfix", u"Service Pack", u"Update Rollup"}) {
             if (EqualsNoCase(release, kind)) return true;
         }

@@ -5,7 +5,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
+#include <utility>
 
 #include "utility/ownedstring.h"
 #include "utility/reg.h"
@@ -13,18 +15,20 @@
 namespace roundup {
 
 enum class EntryText : std::uint8_t {
+    // What an application keeps.
     DisplayName,
     LocalPackage,
     DisplayVersion,
     Publisher,
-    ProductCodes,  // keeps its inner zeros when it is a list of texts
     ParentDisplayName,
     ParentKeyName,
     InstallDate,
-    RegistryLocation,
     InstallLocation,
     InnoAppPath,
     LocationRoot,
+    // What is only looked at.
+    ProductCodes,  // keeps its inner zeros when it is a list of texts
+    RegistryLocation,
     UninstallString,
     DisplayIcon,
     ReleaseType,
@@ -43,9 +47,14 @@ class EntryValues {
     // Forgets the former key and reads the values of this one. A value that cannot be read counts as absent.
     void Read(CWFYRegKey& key);
 
-    // The caller may move the text away.
-    OwnedString& Text(EntryText text) noexcept { return m_texts[static_cast<std::size_t>(text)]; }
-    bool Has(EntryText text) const noexcept { return !m_texts[static_cast<std::size_t>(text)].IsEmpty(); }
+    // Good until the next Read or Take.
+    std::u16string_view Text(EntryText text) const noexcept {
+        const auto slot = static_cast<std::size_t>(text);
+        return slot < kKept ? m_kept[slot].View() : std::u16string_view(m_seen[slot - kKept]);
+    }
+    bool Has(EntryText text) const noexcept { return !Text(text).empty(); }
+    // The text of one that an application keeps; it is absent from then on.
+    OwnedString Take(EntryText text) noexcept { return std::move(m_kept[static_cast<std::size_t>(text)]); }
     // 0 when absent.
     std::uint32_t Word(EntryWord word) const noexcept { return m_words[static_cast<std::size_t>(word)]; }
 
@@ -57,9 +66,14 @@ class EntryValues {
     bool IsSubordinate() const noexcept;
 
   private:
-    void Take(const RegValueView& value);
+    static constexpr auto kKept = static_cast<std::size_t>(EntryText::ProductCodes);
 
-    std::array<OwnedString, static_cast<std::size_t>(EntryText::Count)> m_texts;
+    void Note(const RegValueView& value);
+    void NoteText(std::size_t slot, std::u16string_view text);
+
+    std::array<OwnedString, kKept> m_kept;
+    // Written over for each key, without a new block each time.
+    std::array<std::u16string, static_cast<std::size_t>(EntryText::Count) - kKept> m_seen;
     std::array<std::uint32_t, static_cast<std::size_t>(EntryWord::Count)> m_words{};
     std::uint64_t m_estimatedQword = 0;
 };

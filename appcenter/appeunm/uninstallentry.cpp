@@ -17,7 +17,7 @@
 namespace roundup {
 namespace {
 
-void Move(EntryValues& values, EntryText text, OwnedString& target) { target = std::move(values.Text(text)); }
+void Move(EntryValues& values, EntryText text, OwnedString& target) { target = values.Take(text); }
 
 // A braced code, or the packed code of the installer's registry; any other name has none.
 Guid CodeOfKeyName(std::u16string_view name) noexcept {
@@ -57,7 +57,7 @@ void AddRelatedCodes(CApp& app, std::u16string_view codes) {
 // True when the program was found under its long path: all folders on the way to it have their long names then too.
 bool FillUninstallProgram(CApp& app, EntryValues& values) {
     if (!values.Has(EntryText::UninstallString)) return false;
-    CommandPaths paths(values.Text(EntryText::UninstallString).Get());
+    CommandPaths paths(values.Text(EntryText::UninstallString));
     if (paths.First() == nullptr) return false;
     if (app.pwszInstallLoc.IsEmpty()) AssignString(app.pwszInstallLoc, paths.Last());
     app.pwszUnInstallProgram = paths.Take();
