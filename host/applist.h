@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/catalogue.h"
+#include "host/findapp.h"
 
 namespace roundup::host {
 
@@ -21,7 +22,7 @@ bool WriteTree(const std::vector<const IApp*>& apps, const Layout& layout);
 bool WriteJson(const std::vector<const IApp*>& apps);
 bool WriteCsv(const std::vector<const IApp*>& apps);
 
-// One application, with its place in the listing or without one for a sub-application.
-bool WriteApp(const CApp& app, std::optional<std::size_t> index, const Layout& layout);
+// One application, with where it comes from and why it, and what hangs below it, hang where they do.
+bool WriteApp(const Found& found, const Layout& layout);
 
 }  // namespace roundup::host

@@ -20,19 +20,24 @@ struct Wanted {
 };
 
 // The first one below a root, without recursion: a forest may be deep.
-const CApp* FindBelow(const IApp& root, const Wanted& wanted) {
-    std::vector<const IApp*> waiting{&root};
+Found FindBelow(const IApp& root, const Wanted& wanted) {
+    struct Waiting {
+        const IApp* app;
+        const IApp* parent;
+    };
+    std::vector<Waiting> waiting{{&root, nullptr}};
     std::vector<IApp*> below;
     while (!waiting.empty()) {
-        const IApp* next = waiting.back();
+        const Waiting next = waiting.back();
         waiting.pop_back();
-        const auto* app = dynamic_cast<const CApp*>(next);
-        if (app != nullptr && next != &root && wanted.Fits(*app)) return app;
+        const auto* app = dynamic_cast<const CApp*>(next.app);
+        if (app != nullptr && next.parent != nullptr && wanted.Fits(*app))
+            return {app, std::nullopt, next.parent, &root};
         below.clear();
-        next->GetSubApps(below);
-        waiting.insert(waiting.end(), below.rbegin(), below.rend());
+        next.app->GetSubApps(below);
+        for (std::size_t i = below.size(); i > 0; --i) waiting.push_back({below[i - 1], next.app});
     }
-    return nullptr;
+    return {};
 }
 
 }  // namespace
@@ -41,10 +46,11 @@ Found FindApp(const std::vector<const IApp*>& apps, const Options& options) {
     const Wanted wanted(options);
     for (std::size_t i = 0; i < apps.size(); ++i) {
         const auto* app = dynamic_cast<const CApp*>(apps[i]);
-        if (app != nullptr && wanted.Fits(*app)) return {app, i, app};
+        if (app != nullptr && wanted.Fits(*app)) return {app, i, nullptr, app};
     }
     for (const IApp* root : apps) {
-        if (const CApp* app = FindBelow(*root, wanted)) return {app, std::nullopt, root};
+        const Found found = FindBelow(*root, wanted);
+        if (found.app != nullptr) return found;
     }
     return {};
 }

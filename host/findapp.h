@@ -12,11 +12,12 @@
 
 namespace roundup::host {
 
-// An application and its position in the listing; without a position it hangs below another one, the application root
-// of the listing.
+// An application and its position in the listing; without a position it hangs below parent, which is root or hangs
+// below root, an application of the listing.
 struct Found {
     const CApp* app = nullptr;  // null: there is none
     std::optional<std::size_t> index;
+    const IApp* parent = nullptr;
     const IApp* root = nullptr;
 };
 

@@ -1,5 +1,6 @@
 #include "host/appfields.h"
 #include "host/applist.h"
+#include "host/origin.h"
 #include "host/textout.h"
 #include "utility/utf.h"
 
@@ -36,9 +37,19 @@ std::string FlagWords(std::uint64_t flags) {
     return words;
 }
 
+std::string NameOf(const IApp& app) { return Printable(app.GetName() != nullptr ? app.GetName() : u""); }
+
+// Why the application hangs below another one, to be put behind a name.
+std::string Because(const IApp& app) {
+    const auto* entry = dynamic_cast<const CApp*>(&app);
+    const std::string reason = entry != nullptr ? LinkWords(entry->eLinkReason) : "";
+    return reason.empty() ? "" : " (" + reason + ")";
+}
+
 }  // namespace
 
-bool WriteApp(const CApp& app, std::optional<std::size_t> index, const Layout& layout) {
+bool WriteApp(const Found& found, const Layout& layout) {
+    const CApp& app = *found.app;
     std::string text;
     const auto add = [&](const std::string& label, const std::string& value) {
         if (value.empty()) return;
@@ -53,9 +64,10 @@ bool WriteApp(const CApp& app, std::optional<std::size_t> index, const Layout& l
         }
     }
     for (const RefPtr<IApp>& sub : app.SubApps) {
-        add("Sub-application", Printable(sub->GetName() != nullptr ? sub->GetName() : u""));
+        add("Sub-application", NameOf(*sub) + Because(*sub));
     }
-    if (!index) add("Place", "below another application");
+    if (found.parent != nullptr) add("Part of", NameOf(*found.parent) + Because(app));
+    add("Found in", OriginWords(app.dwOrigins));
     return WriteOut(text);
 }
 

@@ -1,4 +1,4 @@
-// The command uninstall on recorded machines, where nothing can be run.
+// What the program tells of one application of a recorded machine: where it comes from, and what would uninstall it.
 
 #include <gtest/gtest.h>
 
@@ -93,6 +93,15 @@ TEST_F(UninstallProgramTest, DryRun_TellsTheCommandAsJsonAndARunIsRefused) {
         }
         EXPECT_EQ(dry.error, "");
     }
+}
+
+TEST_F(UninstallProgramTest, Show_TellsOriginAndWhyAPartHangsWhereItDoes) {
+    const ProgramRun part = RunProgram({"show", "part", "--machine", machine});
+    EXPECT_NE(part.output.find("Name of Paint (by parent name)\n"), std::string::npos) << part.output;
+    EXPECT_NE(part.output.find("Uninstall key of the machine, 64-bit view\n"), std::string::npos) << part.output;
+    const ProgramRun whole = RunProgram({"show", "paint", "--machine", machine});
+    EXPECT_NE(whole.output.find("Name of Part (by parent name)\n"), std::string::npos);
+    EXPECT_EQ(whole.output.find("Part of"), std::string::npos) << whole.output;
 }
 
 TEST_F(UninstallProgramTest, ApplicationThatIsNotThere_PrintsNothing) {
