@@ -28,17 +28,16 @@ std::unique_ptr<CodePage> CodePage::Open(std::uint32_t number) {
 bool CodePage::SetUpUnits() {
     for (char16_t c = 0; c < 0x80; ++c) m_units[c] = c;
     if (m_number == kUtf8) return true;
-    bool known = false;
     std::u16string decoded;
-    (void)DecodeByPlatform(m_number, "a", decoded, known);
-    if (!known || !IsSingleByte(m_number)) return known;
+    if (!DecodeByPlatform(m_number, "a", decoded)) return false;
+    if (!IsSingleByte(m_number)) return true;
     m_singleByte = true;
     for (unsigned c = 0x80; c < 0x100; ++c) {
         const char byte = static_cast<char>(c);
-        decoded.clear();
+        const bool done = DecodeByPlatform(m_number, {&byte, 1}, decoded) && decoded.size() == 1;
+        m_units[c] = done ? decoded[0] : kReplacement;
         // Windows shows the places without a character among the first 32 as control characters.
-        const bool done = DecodeByPlatform(m_number, {&byte, 1}, decoded, known) == 1 && decoded.size() == 1;
-        m_units[c] = done ? decoded[0] : c < 0xA0 ? static_cast<char16_t>(c) : kReplacement;
+        if (m_units[c] == kReplacement && c < 0xA0) m_units[c] = static_cast<char16_t>(c);
     }
     return true;
 }
@@ -55,13 +54,7 @@ std::u16string CodePage::Decode(std::string_view text) const {
     }
     if (m_number == kUtf8) return FromUtf8(text);
     std::u16string units;
-    bool known = false;
-    while (!text.empty()) {
-        text.remove_prefix(DecodeByPlatform(m_number, text, units, known));
-        if (text.empty()) break;
-        units.push_back(kReplacement);
-        text.remove_prefix(1);
-    }
+    (void)DecodeByPlatform(m_number, text, units);
     return units;
 }
 

@@ -16,7 +16,7 @@ class CodePage {
     // Null for a page that this system cannot read. Throws std::bad_alloc.
     static std::unique_ptr<CodePage> Open(std::uint32_t number);
 
-    // Bytes that are no character become U+FFFD. Throws std::bad_alloc.
+    // Bytes that are no character become U+FFFD, or what the platform has for them. Throws std::bad_alloc.
     std::u16string Decode(std::string_view text) const;
     // When every byte of the text is one unit these can be had one by one.
     bool IsUnitPerByte(std::string_view text) const noexcept;
@@ -32,9 +32,8 @@ class CodePage {
     std::array<char16_t, 256> m_units{};  // of ASCII alone unless each byte is a character
 };
 
-// What the platform knows of the page: appends the text to target, and stops before the first byte that begins no
-// character; answers how many bytes it took. Nothing, with known false, for a page that is not known. A text of one
-// call has nothing to do with that of another. Throws std::bad_alloc.
-std::size_t DecodeByPlatform(std::uint32_t page, std::string_view text, std::u16string& target, bool& known);
+// The text as the platform reads that page, in place of what target was; what is no character becomes U+FFFD, or what
+// the platform has for it. False for a page that is not known. Throws std::bad_alloc.
+bool DecodeByPlatform(std::uint32_t page, std::string_view text, std::u16string& target);
 
 }  // namespace roundup

@@ -1,5 +1,6 @@
 #include <iconv.h>
 
+#include <cstring>
 #include <string>
 
 #include "platform/recorded/installer/codepage.h"
@@ -7,6 +8,8 @@
 namespace roundup {
 
 namespace {
+
+constexpr char16_t kReplacement = 0xFFFD;
 
 // One conversion of the C library at a time; closed with the thread.
 class Converter {
@@ -41,21 +44,29 @@ class Converter {
 
 }  // namespace
 
-std::size_t DecodeByPlatform(std::uint32_t page, std::string_view text, std::u16string& target, bool& known) {
+bool DecodeByPlatform(std::uint32_t page, std::string_view text, std::u16string& target) {
     thread_local Converter converter;
     iconv_t handle = converter.For(page);
-    known = Converter::IsOpen(handle);
-    if (!known) return 0;
+    if (!Converter::IsOpen(handle)) return false;
     iconv(handle, nullptr, nullptr, nullptr, nullptr);
-    const std::size_t start = target.size();
-    target.resize(start + 2 * text.size());        // no page has bytes that are worth more
+    const std::size_t room = 2 * text.size() + 2;  // no page has bytes that are worth more
+    target.resize(room);
     char* input = const_cast<char*>(text.data());  // iconv only reads it
-    char* output = reinterpret_cast<char*>(target.data() + start);
+    char* output = reinterpret_cast<char*>(target.data());
     std::size_t inputLeft = text.size();
-    std::size_t outputLeft = 2 * text.size() * sizeof(char16_t);
-    iconv(handle, &input, &inputLeft, &output, &outputLeft);
-    target.resize(target.size() - outputLeft / sizeof(char16_t));
-    return text.size() - inputLeft;
+    std::size_t outputLeft = room * sizeof(char16_t);
+    while (inputLeft > 0 && outputLeft > sizeof(char16_t)) {
+        iconv(handle, &input, &inputLeft, &output, &outputLeft);
+        if (inputLeft == 0) break;
+        std::memcpy(output, &kReplacement, sizeof kReplacement);
+        output += sizeof kReplacement;
+        outputLeft -= sizeof kReplacement;
+        ++input;
+        --inputLeft;
+    }
+    iconv(handle, nullptr, nullptr, &output, &outputLeft);  // some pages hold a letter back until its accent is known
+    target.resize(room - outputLeft / sizeof(char16_t));
+    return true;
 }
 
 }  // namespace roundup

@@ -1,5 +1,6 @@
 #include "platform/recorded/installer/tablerows.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/recorded/installer/streamname.h"
@@ -65,6 +66,9 @@ class StreamRows final : public TableRows {
             std::u16string name = DecodeStreamName(entry.name, kind);
             if (kind == StreamKind::Plain) m_streams.emplace_back(std::move(name), &entry);
         }
+        // Compound files list their entries by the length of their names first.
+        std::stable_sort(m_streams.begin(), m_streams.end(),
+                         [](const auto& a, const auto& b) { return a.second->name.size() < b.second->name.size(); });
     }
     std::uint32_t Count() const noexcept override { return static_cast<std::uint32_t>(m_streams.size()); }
     TableField At(std::uint32_t row, std::uint32_t column) const noexcept override {
