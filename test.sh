@@ -181,6 +181,7 @@ run_windows() {
         run_binaries $preset wine
         if [[ -f build/$preset/bin/Roundup.dll ]]; then
             step $preset/exports tools/check-exports build/$preset/bin/Roundup.dll
+            step $preset/uninstall tools/check-uninstall build/$preset/bin
         fi
     done
 }

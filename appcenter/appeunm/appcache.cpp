@@ -74,16 +74,10 @@ ResultCode LoadOne(CAppManager& manager, std::u16string_view folder, const FindD
     std::uint32_t read = 0;
     if (auto rc = ReadFile(path, buffer, read); Failed(rc)) return PassQuiet(rc);
 
-    RefPtr<IApp> app;
-    auto rc = NewCachedObject(kind, app);
-    if (Small(rc) == SmallCode::NotAvailable) {
-        Skip(rc);
-        return kSuccess;
-    }
-    if (Failed(rc)) return Pass(rc);
+    RefPtr<IApp> app = NewCachedObject(kind);
+    if (!app) return Fail(SmallCode::BufferAllocation);
     std::uint32_t count = 0;
-    rc = app->ReSerialize(reinterpret_cast<const std::byte*>(buffer.GetData()), read, count);
-    if (Failed(rc)) {
+    if (Failed(app->ReSerialize(reinterpret_cast<const std::byte*>(buffer.GetData()), read, count))) {
         TraceLine(u"[TRC] LoadAppFromCache ReSerialize count != GetSize, name=%s", entry.name);
         return kSuccess;
     }

@@ -4,13 +4,13 @@
 #include <vector>
 
 #include "appcenter/app/app.h"
+#include "appcenter/appx/appx.h"
 
 namespace roundup {
 
-ResultCode NewCachedObject(CachedKind kind, RefPtr<IApp>& object) {
-    if (kind != CachedKind::Application) return FailQuiet(SmallCode::NotAvailable);
-    object = RefPtr<CApp>::Adopt(new (std::nothrow) CApp);
-    return object ? kSuccess : FailQuiet(SmallCode::BufferAllocation);
+RefPtr<IApp> NewCachedObject(CachedKind kind) {
+    if (kind == CachedKind::Package) return RefPtr<CAppx>::Adopt(new (std::nothrow) CAppx);
+    return RefPtr<CApp>::Adopt(new (std::nothrow) CApp);
 }
 
 void DisownFiles(IApp& restored) {

@@ -3,18 +3,17 @@
 
 #include "appcenter/app/iapp.h"
 #include "utility/kvobject.h"
-#include "utility/result.h"
 
 namespace roundup {
 
 enum class CachedKind { None, Application, Package };
 
-// Makes the new object whose ReSerialize takes the record. BufferAllocation when memory is short; NotAvailable for a
-// kind of which this build has no object, as of store packages.
-ResultCode NewCachedObject(CachedKind kind, RefPtr<IApp>& object);
+// Makes the new object whose ReSerialize takes the record; null when memory is short.
+RefPtr<IApp> NewCachedObject(CachedKind kind);
 
-// Restored objects do not own the temporary files that their records name: another process made those, or whoever wrote
-// the record wants them gone. Goes through the application and all below it.
+// Restored applications do not own the temporary files that their records name: another process made those, or whoever
+// wrote the record wants them gone. Goes through the application and all below it. (A package never owns such files:
+// a record that names one is refused.)
 void DisownFiles(IApp& restored);
 
 }  // namespace roundup

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "appcenter/appx/appx.h"
 #include "platform/machine.h"
 #include "tests/appcenter/catalogue_support.h"
 #include "tests/support/faultmachine.h"
@@ -15,7 +16,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-std::string Stored(const CApp& app) {
+std::string Stored(const IApp& app) {
     std::string bytes(app.GetSize(), '\0');
     std::uint32_t count = 0;
     EXPECT_TRUE(Succeeded(
@@ -32,6 +33,12 @@ RefPtr<CApp> Named(std::u16string_view name) {
 
 std::string StoredAs(std::u16string_view name) { return Stored(*Named(name)); }
 
+std::string StoredPackage(std::u16string_view name) {
+    const auto package = RefPtr<CAppx>::Adopt(new CAppx);
+    package->m_wzDisplayName = OwnedString(name);
+    return Stored(*package);
+}
+
 class CacheTest : public CatalogueTest {
   protected:
     using Percents = std::vector<std::uint32_t>;
@@ -42,9 +49,9 @@ class CacheTest : public CatalogueTest {
         LoadRun run;
         EXPECT_TRUE(Succeeded(run.Load(*manager, true)));
         EXPECT_EQ(run.percents, expected);
-        EXPECT_TRUE(manager->Packages().empty());
         Texts names;
         for (const auto& app : manager->Applications()) names.push_back(ToUtf8(app->GetName()));
+        for (const auto& package : manager->Packages()) names.push_back("package " + ToUtf8(package->GetName()));
         return names;
     }
     MachineBuilder& CacheFile(std::u16string_view name, std::string_view bytes) {
@@ -58,10 +65,10 @@ TEST_F(CacheTest, Files_AreChosenByTheEndOfTheirNames) {
     CacheFile(u"1_e", StoredAs(u"one")).HostFile(u"cache\\none", StoredAs(u"no ending"));
     CacheFile(u"E", StoredAs(u"short")).HostFile(u"cache\\x_E.bak", StoredAs(u"backup"));
     CacheFile(u"empty_E", "").HostFile(u"cache\\more_E", StoredAs(u"more") + "what follows is not looked at");
-    CacheFile(u"broken_E", "APP").HostFile(u"cache\\package_EX", StoredAs(u"not a package"));
-    CacheFile(u"package_ex", StoredAs(u"nor this one"));
+    CacheFile(u"broken_E", "APP").HostFile(u"cache\\other_EX", StoredAs(u"not a package"));
+    CacheFile(u"pack_eX", StoredPackage(u"one")).HostFile(u"cache\\other_E", StoredPackage(u"no application"));
     Start();
-    EXPECT_EQ(LoadCached(), (Texts{"one", "more", "two"}));
+    EXPECT_EQ(LoadCached(), (Texts{"one", "more", "two", "package one"}));
 }
 
 TEST_F(CacheTest, RecordCutAtAnyByte_IsPassedOverAndTheRestAreRead) {
@@ -77,9 +84,13 @@ TEST_F(CacheTest, RecordCutAtAnyByte_IsPassedOverAndTheRestAreRead) {
     for (std::size_t length = 0; length < whole.size(); ++length) {
         CacheFile(FormatText(u"%04d_E", static_cast<std::int32_t>(length)), whole.substr(0, length));
     }
-    CacheFile(u"last_E", whole);
+    const std::string package = StoredPackage(u"package");
+    for (std::size_t length = 0; length < package.size(); ++length) {
+        CacheFile(FormatText(u"%04d_EX", static_cast<std::int32_t>(length)), package.substr(0, length));
+    }
+    CacheFile(u"last_E", whole).HostFile(u"cache\\last_EX", package);
     Start();
-    EXPECT_EQ(LoadCached(), Texts{"whole"});
+    EXPECT_EQ(LoadCached(), (Texts{"whole", "package package"}));
 }
 
 // What a cache file names is not this process's to delete.
