@@ -1,12 +1,45 @@
 #include "externfuncinc/externfunc.h"
 
-#include <new>
+#include <array>
+#include <mutex>
 #include <utility>
 
 #include "appcenter/appeunm/appmanager.h"
 #include "utility/boundary.h"
 
 namespace roundup {
+
+// The facades that have ended last. They are closed, and hold nothing but their own few bytes.
+class CRoundup::EndedFacades {
+  public:
+    ~EndedFacades() {
+        for (CRoundup* const facade : m_facades) Free(facade);
+    }
+    void Add(CRoundup* facade) noexcept {
+        const std::lock_guard guard(m_lock);
+        std::swap(facade, m_facades[m_next]);
+        m_next = (m_next + 1) % m_facades.size();
+        Free(facade);
+    }
+
+  private:
+    static void Free(CRoundup* facade) noexcept {
+        if (facade == nullptr) return;
+        facade->~CRoundup();
+        ::operator delete(facade);
+    }
+
+    std::mutex m_lock;
+    std::array<CRoundup*, 16> m_facades{};  // guarded by m_lock
+    std::size_t m_next = 0;                 // guarded by m_lock; the oldest, or a free place
+};
+
+void CRoundup::operator delete(CRoundup* facade, std::destroying_delete_t) noexcept {
+    static EndedFacades ended;
+    facade->DropAll();
+    facade->m_ended = true;
+    ended.Add(facade);
+}
 
 CRoundup::CRoundup(RefPtr<IAppManager> manager) noexcept {
     const auto build = [&] {
@@ -43,6 +76,7 @@ void CRoundup::DropRecords() noexcept {
 }
 
 void CRoundup::SetObserver(IRoundupObserver* observer) {
+    if (m_ended) return;  // nobody would ever release it
     // An observer that is set anew, and that nobody else holds, must not die in between.
     auto next = observer == m_observer.Get() ? RefPtr<IRoundupObserver>::Share(observer) : nullptr;
     ReplaceObserver(nullptr);

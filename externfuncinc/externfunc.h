@@ -1,8 +1,10 @@
 // The facade behind the module's one export.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
+#include <new>
 
 #include "appcenter/appeunm/iappmanager.h"
 #include "externfuncinc/appinfo.h"
@@ -23,6 +25,9 @@ class CRoundup final : public CKvObject<IRoundupProc> {
     explicit CRoundup(RefPtr<IAppManager> manager) noexcept;
     ~CRoundup() override;
 
+    // 0 behind the end of the object, which operator delete tells of.
+    std::uint32_t AddRef() override { return m_ended ? 0 : CKvObject::AddRef(); }
+    std::uint32_t Release() override { return m_ended ? 0 : CKvObject::Release(); }
     std::int64_t Init() override;
     std::int64_t Uninit() override;
     void SetObserver(IRoundupObserver* observer) override;
@@ -31,6 +36,10 @@ class CRoundup final : public CKvObject<IRoundupProc> {
     std::uint8_t SaveContendProc() override { return 0; }
     std::int64_t UnInstallApp(IRmxApp* app) override;
 
+    // Ends the object: closes it, and keeps its bytes for a while. A host that has released it once too often, or calls
+    // it after its end, meets a closed facade then, and not what else has come to lie there.
+    static void operator delete(CRoundup* facade, std::destroying_delete_t) noexcept;
+
     // For programs that link the module's code and tell more of an application than its record does; null when closed.
     const CExternFuncCall* Bridge() const noexcept { return m_bridge.get(); }
     // For the launcher, from every thread; null when there is none. Not counted: the host keeps it while uninstalls
@@ -38,6 +47,8 @@ class CRoundup final : public CKvObject<IRoundupProc> {
     IRoundupObserver* Observer();
 
   private:
+    class EndedFacades;
+
     static std::uint8_t ForwardProgress(std::uint32_t percent, void* facade);
 
     bool IsOperational() const noexcept { return m_ready && m_observer; }
@@ -54,6 +65,7 @@ class CRoundup final : public CKvObject<IRoundupProc> {
     std::shared_ptr<CExternFuncCall> m_bridge;  // shared with a load that is under way
     CriticalSection m_observerLock;
     RefPtr<IRoundupObserver> m_observer;  // changed under the lock, by the host's thread, which reads it without
+    std::atomic<bool> m_ended{false};
     bool m_ready = false;
     bool m_loading = false;
     std::int32_t m_recordCount = 0;

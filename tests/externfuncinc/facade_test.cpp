@@ -135,6 +135,35 @@ TEST_F(FacadeTest, Observers_AreReleasedOnce) {
     EXPECT_EQ(other.references, 1);
 }
 
+// Also from inside a load, which then ends as if the facade had been closed.
+TEST_F(FacadeTest, ReleasedTooOften_IsClosedAndAnswersZero) {
+    for (const bool inside : {false, true}) {
+        CRoundup* const facade = new CRoundup(RefPtr<IAppManager>(RefPtr<ScriptedManager>(m_manager)));
+        facade->Init();
+        facade->SetObserver(&m_observer);
+        m_observer.callBack = [&](const std::string& told) {
+            if (!inside || told != "50") return;
+            EXPECT_EQ(facade->Release(), 1U);
+            EXPECT_EQ(facade->Release(), 0U);
+        };
+        EXPECT_EQ(facade->LoadApps(0), inside ? -1 : 0);
+        if (!inside) {
+            EXPECT_EQ(facade->Release(), 0U);
+        }
+        m_observer.Take();
+        EXPECT_EQ(facade->Release(), 0U);
+        EXPECT_EQ(facade->AddRef(), 0U);
+        EXPECT_EQ(facade->Release(), 0U);
+        facade->Init();
+        facade->SetObserver(&m_observer);
+        EXPECT_EQ(facade->LoadApps(0), 0);
+        EXPECT_EQ(facade->EnumApps(), 0);
+        EXPECT_EQ(facade->Uninit(), 0);
+        EXPECT_TRUE(m_observer.told.empty());
+        EXPECT_EQ(m_observer.references, 1);
+    }
+}
+
 TEST_F(FacadeTest, UnInstallApp_RefusesWhatItCannotUninstall) {
     Arm();
     m_facade->LoadApps(0);
