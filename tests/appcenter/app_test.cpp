@@ -151,15 +151,6 @@ TEST_F(AppTest, FileObject_DeletesTemporaryFilesAlone) {
     NewFile(u"C:\\gone", FileType::kConfig).reset();
 }
 
-TEST_F(AppTest, Alias_IsReplacedAndTakenAway) {
-    CWFYFile file;
-    EXPECT_TRUE(file.SetAlias(u"one"));
-    EXPECT_TRUE(file.SetAlias(u"two"));
-    EXPECT_TRUE(std::u16string(file.GetAlias()) == u"two");
-    EXPECT_TRUE(file.SetAlias(nullptr));
-    EXPECT_EQ(file.GetAlias(), nullptr);
-}
-
 // The entry's facts stay after UnGather, the gather's go, so that a second gather starts from nothing.
 TEST_F(AppTest, UnGather_DropsFilesHereAndBelow) {
     Start();

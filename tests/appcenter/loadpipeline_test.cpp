@@ -122,11 +122,6 @@ TEST_F(LoadTest, StopFromAnotherThread_LeavesWholeApplications) {
     }
 }
 
-TEST_F(LoadTest, Subkeys_ListByFoldedName) {
-    for (const auto* name : {u"b", u"_", u"A", u"a1", u"Z"}) Entry(kMachineKey, name);
-    EXPECT_EQ(Keys(Load().Applications()), (Texts{"A/201", "a1/201", "b/201", "Z/201", "_/201"}));
-}
-
 TEST_F(LoadTest, DeniedUninstallKey_AddsNothingAndLoadGoesOn) {
     AddEntries();
     builder.DenyKey(kMachineKey.substr(0, kMachineKey.size() - 1));
@@ -138,12 +133,6 @@ TEST_F(LoadTest, DeniedEntry_EndsItsSourceAndKeepsWhatWasFound) {
     for (const auto* name : {u"a", u"b", u"c"}) Entry(kMachineKey, name);
     builder.DenyKey(Under(kMachineKey, u"b"));
     EXPECT_EQ(Keys(Load().Applications()), (Texts{"m32/0", "user/301", "a/201"}));
-}
-
-TEST_F(LoadTest, ReadOnlyEntries_AreReadAllTheSame) {
-    Entry(kMachineKey, u"a");
-    builder.ReadOnlyKey(Under(kMachineKey, u"a")).ReadOnlyKey(kMachineKey.substr(0, kMachineKey.size() - 1));
-    EXPECT_EQ(Keys(Load().Applications()), (Texts{"a/201"}));
 }
 
 // A name that is longer than any fixed buffer, one that is no valid text, and one that no zero-terminated path
@@ -165,16 +154,6 @@ TEST_F(LoadTest, EntryWithoutName_IsPruned) {
     builder.Text(Under(kMachineKey, u"empty"), u"DisplayName", u"");
     Entry(kMachineKey, u"whole");
     EXPECT_EQ(Keys(Load().Applications()), (Texts{"whole/201"}));
-}
-
-TEST_F(LoadTest, OverlongName_IsCutInTheRecordAlone) {
-    builder.Text(Under(kMachineKey, u"a"), u"DisplayName", std::u16string(258, u'n') + u"\xD83D\xDE00" + u"tail")
-        .Text(Under(kMachineKey, u"a"), u"LocalPackage", u"C:\\Windows\\Installer\\1.msi");
-    const CApp& app = AppAt(Load(), 0);
-    EXPECT_EQ(app.pwszName.Length(), 264U);
-    const auto record = std::make_unique<AppRecordEx>();
-    app.FillAppInfo(*record);
-    EXPECT_EQ(std::u16string_view(record->wzName), std::u16string(258, u'n')) << "never half a surrogate pair";
 }
 
 TEST_F(LoadTest, SecondLoad_ReleasesTheFormerObjectsAndStartsAnew) {

@@ -13,15 +13,6 @@ namespace {
 static_assert(std::is_trivially_copyable_v<roundup::_tagAppInfo>);
 static_assert(alignof(roundup::_tagAppInfo) == 1);
 
-TEST(HostHeader, ReservedWord_FollowsTheRecordWithoutAGap) {
-    roundup::_tagAppInfo record;
-    const auto* const start = reinterpret_cast<const unsigned char*>(&record);
-    record.dwReserved = 0x04030201;
-    EXPECT_EQ(start[3137], 1);
-    EXPECT_EQ(start[3140], 4);
-    EXPECT_EQ(record.bFramework, 0);
-}
-
 // A host gets these two headers and no others.
 TEST(HostHeader, PublicHeaders_IncludeNothingElseOfTheTree) {
     for (const char* header : {"/externfuncinc/roundup.h", "/utility/ikvobject.h"}) {

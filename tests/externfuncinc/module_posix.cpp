@@ -3,34 +3,17 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <memory>
 #include <string>
 
 #include "tests/externfuncinc/scripted.h"
 #include "tests/support/machinebuilder.h"
+#include "tests/support/tempfolder.h"
 
 namespace roundup {
 namespace {
 
 using GetImpFunction = IRoundupProc* (*)();
-
-// A folder of its own below the temporary folder, gone with the object.
-class ScratchFolder {
-  public:
-    ScratchFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "roundup-module-XXXXXX").string();
-        if (mkdtemp(name.data()) != nullptr) m_path = name;
-    }
-    ~ScratchFolder() {
-        std::error_code ignored;
-        if (!m_path.empty()) std::filesystem::remove_all(m_path, ignored);
-    }
-    const std::string& Path() const { return m_path; }
-
-  private:
-    std::string m_path;
-};
 
 class ModuleTest : public ::testing::Test {
   protected:
@@ -38,7 +21,7 @@ class ModuleTest : public ::testing::Test {
         m_module = dlopen(ROUNDUP_MODULE, RTLD_NOW | RTLD_LOCAL);
         ASSERT_NE(m_module, nullptr) << dlerror();
         // From here on the module's log goes where nobody minds it.
-        setenv("TMPDIR", m_scratch.Path().c_str(), 1);
+        setenv("TMPDIR", m_scratch.Text().c_str(), 1);
         for (const char* variable : {"ROUNDUP_MACHINE", "ROUNDUP_HOST", "ROUNDUP_USER"}) unsetenv(variable);
     }
     void TearDown() override {
@@ -48,7 +31,7 @@ class ModuleTest : public ::testing::Test {
     GetImpFunction Entry() const { return reinterpret_cast<GetImpFunction>(dlsym(m_module, "GetImp")); }
 
     const std::string m_temp = getenv("TMPDIR") != nullptr ? getenv("TMPDIR") : "";
-    ScratchFolder m_scratch;
+    TempFolder m_scratch;
     void* m_module = nullptr;
 };
 
@@ -61,7 +44,7 @@ TEST_F(ModuleTest, Exports_AreGetImpAlone) {
 TEST_F(ModuleTest, GetImp_NeedsAMachineAndThenWorks) {
     ASSERT_NE(Entry(), nullptr);
     EXPECT_EQ(Entry()(), nullptr) << "no machine is named";
-    const std::string missing = m_scratch.Path() + "/missing";
+    const std::string missing = m_scratch / "missing";
     setenv("ROUNDUP_MACHINE", missing.c_str(), 1);
     EXPECT_EQ(Entry()(), nullptr) << "a folder that is not there";
 
@@ -71,7 +54,7 @@ TEST_F(ModuleTest, GetImp_NeedsAMachineAndThenWorks) {
         .Text(entry, u"DisplayVersion", u"1.0")
         .Text(entry, u"LocalPackage", u"C:\\Windows\\Installer\\1.msi")
         .Dword(entry, u"EstimatedSize", 2);
-    const std::string folder = m_scratch.Path() + "/machine";
+    const std::string folder = m_scratch / "machine";
     builder.WriteTo(folder);
     setenv("ROUNDUP_MACHINE", folder.c_str(), 1);
     IRoundupProc* const facade = Entry()();

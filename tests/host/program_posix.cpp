@@ -148,13 +148,14 @@ TEST_F(ProgramTest, BrokenSources_EndWithFileAndLine) {
         {"machine.ini", "[system]\narchitecture=mips\n", "machine.ini:2"},
     };
     for (const auto& broken : cases) {
-        const std::string before = ReadWholeFile(machine + "/" + broken.file);
-        WriteWholeFile(machine + "/" + broken.file, broken.text);
+        const std::string file = std::string("machine/") + broken.file;
+        const std::string before = folder.Read(file);
+        folder.Write(file, broken.text);
         const ProgramRun run = Run({"list"});
         EXPECT_EQ(run.status, 1) << broken.text;
         EXPECT_NE(run.error.find(broken.told), std::string::npos) << run.error;
         EXPECT_EQ(run.output, "");
-        WriteWholeFile(machine + "/" + broken.file, before.empty() ? "Windows Registry Editor Version 5.00\n" : before);
+        folder.Write(file, before.empty() ? "Windows Registry Editor Version 5.00\n" : before);
     }
 }
 

@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "platform/recorded/openmachine.h"
+#include "tests/support/machinefiles.h"
 #include "tests/support/machinetest.h"
 #include "tests/support/tempfolder.h"
 
@@ -34,16 +35,6 @@ class HostileFiles : public MachineTest {
         return Start(std::move(machine)).Files();
     }
     void Link(const fs::path& target, const fs::path& place) { fs::create_symlink(target, place); }
-    static std::string Read(IFileSystem& files, const std::u16string& path) {
-        FileHandle file = kInvalidFile;
-        const Win32Error error = files.Open(path.c_str(), kGenericRead, kShareRead, kOpenExisting, file);
-        if (error != kErrorSuccess) return "error " + std::to_string(error);
-        char bytes[64];
-        std::uint32_t done = 0;
-        (void)files.Read(file, bytes, sizeof bytes, done);
-        files.Close(file);
-        return {bytes, done};
-    }
 
     TempFolder m_folder;
     const fs::path m_root;
@@ -83,13 +74,13 @@ TEST_F(HostileFiles, Links_AreFollowedInsideOfTheSourceAlone) {
         EXPECT_EQ(files.GetInfo(path.c_str(), info), kErrorSuccess);
         EXPECT_EQ(info.attributes, one.attributes);
         EXPECT_EQ(info.size, 0U);
-        EXPECT_EQ(Read(files, path), one.content);
+        EXPECT_EQ(ReadFile(files, path), one.content);
     }
-    EXPECT_EQ(Read(files, u"C:\\folder\\FILE.txt"), "inside");
-    EXPECT_EQ(Read(files, u"C:\\outfolder\\key.txt"), "error 1920");
-    EXPECT_EQ(Read(files, u"C:\\self\\x"), "error 1920");
-    EXPECT_EQ(Read(files, u"C:\\..\\..\\..\\secret\\key.txt"), "error 3");
-    EXPECT_EQ(Read(files, u"\\\\?\\C:\\..\\..\\..\\secret\\key.txt"), "error 3");
+    EXPECT_EQ(ReadFile(files, u"C:\\folder\\FILE.txt"), "inside");
+    EXPECT_EQ(ReadFile(files, u"C:\\outfolder\\key.txt"), "error 1920");
+    EXPECT_EQ(ReadFile(files, u"C:\\self\\x"), "error 1920");
+    EXPECT_EQ(ReadFile(files, u"C:\\..\\..\\..\\secret\\key.txt"), "error 3");
+    EXPECT_EQ(ReadFile(files, u"\\\\?\\C:\\..\\..\\..\\secret\\key.txt"), "error 3");
     FindHandle find = kInvalidFile;
     FindData data;
     EXPECT_EQ(files.FindFirst(u"C:\\outfolder\\*", find, data), kErrorCannotAccessFile);
@@ -102,30 +93,26 @@ TEST_F(HostileFiles, Links_AreFollowedInsideOfTheSourceAlone) {
 
 TEST_F(HostileFiles, FolderExchangedForALink_IsNotFollowed) {
     IFileSystem& files = OpenFiles();
-    ASSERT_EQ(Read(files, u"C:\\real\\file.txt"), "inside");
+    ASSERT_EQ(ReadFile(files, u"C:\\real\\file.txt"), "inside");
     fs::rename(m_c / "real", m_c / "moved");
     Link(m_folder.Path() / "secret", m_c / "real");
     m_folder.Write("secret/file.txt", "secret");
-    EXPECT_EQ(Read(files, u"C:\\real\\file.txt"), "error 1920");
+    EXPECT_EQ(ReadFile(files, u"C:\\real\\file.txt"), "error 1920");
     fs::remove(m_c / "real");
     fs::create_directory(m_c / "real");
     Link(m_folder.Path() / "secret" / "key.txt", m_c / "real" / "file.txt");
-    EXPECT_EQ(Read(files, u"C:\\real\\file.txt"), "error 1920");
+    EXPECT_EQ(ReadFile(files, u"C:\\real\\file.txt"), "error 1920");
 }
 
 TEST_F(HostileFiles, WritesThroughLinks_StayInMemory) {
     Link("real/file.txt", m_c / "in");
     Link(m_folder.Path() / "secret" / "key.txt", m_c / "out");
     IFileSystem& files = OpenFiles();
-    FileHandle file = kInvalidFile;
-    std::uint32_t done = 0;
-    EXPECT_EQ(files.Open(u"C:\\out", kGenericWrite, 0, kCreateAlways, file), kErrorCannotAccessFile);
-    ASSERT_EQ(files.Open(u"C:\\in", kGenericWrite, 0, kCreateAlways, file), kErrorSuccess);
-    EXPECT_EQ(files.Write(file, "new", 3, done), kErrorSuccess);
-    files.Close(file);
+    EXPECT_EQ(WriteFile(files, u"C:\\out", kCreateAlways, "new"), kErrorCannotAccessFile);
+    EXPECT_EQ(WriteFile(files, u"C:\\in", kCreateAlways, "new"), kErrorSuccess);
     EXPECT_EQ(files.Delete(u"C:\\out"), kErrorSuccess);
     EXPECT_EQ(files.CreateDirectory(u"C:\\made"), kErrorSuccess);
-    EXPECT_EQ(Read(files, u"C:\\real\\file.txt"), "new");
+    EXPECT_EQ(ReadFile(files, u"C:\\real\\file.txt"), "new");
     EXPECT_EQ(m_folder.Read("machine/drives/c/real/file.txt"), "inside");
     EXPECT_EQ(m_folder.Read("secret/key.txt"), "secret");
     EXPECT_TRUE(fs::is_symlink(m_c / "out"));
@@ -139,19 +126,12 @@ TEST_F(HostileFiles, OddEntries_AreListedOrLeftOutAndNeverBlock) {
         m_folder.Write(fs::path("machine/drives/c") / name, name);
     }
     IFileSystem& files = OpenFiles();
-    std::vector<std::u16string> names;
-    FindHandle find = kInvalidFile;
-    FindData data;
-    ASSERT_EQ(files.FindFirst(u"C:\\*", find, data), kErrorSuccess);
-    do names.emplace_back(data.name);
-    while (files.FindNext(find, data) == kErrorSuccess);
-    files.FindClose(find);
-    EXPECT_EQ(names,
+    EXPECT_EQ(List(files, u"C:\\*"),
               (std::vector<std::u16string>{u"dots..", u"pipe", u"real", u"RoundupHost", u"SAME", u"Users", u"\u00E4"}));
-    EXPECT_EQ(Read(files, u"C:\\same"), "SAME");
-    EXPECT_EQ(Read(files, u"C:\\pipe"), "error 5");
-    EXPECT_EQ(Read(files, u"C:\\dots.."), "error 2");
-    EXPECT_EQ(Read(files, u"\\\\?\\C:\\dots.."), "dots..");
+    EXPECT_EQ(ReadFile(files, u"C:\\same"), "SAME");
+    EXPECT_EQ(ReadFile(files, u"C:\\pipe"), "error 5");
+    EXPECT_EQ(ReadFile(files, u"C:\\dots.."), "error 2");
+    EXPECT_EQ(ReadFile(files, u"\\\\?\\C:\\dots.."), "dots..");
 }
 
 TEST_F(HostileFiles, FolderDeeperThanPaths_IsReached) {
@@ -178,8 +158,8 @@ TEST_F(HostileFiles, UnreadableEntries_AreDenied) {
     fs::permissions(m_c / "real" / "file.txt", fs::perms::none);
     fs::permissions(m_c / "closed", fs::perms::none);
     IFileSystem& files = OpenFiles();
-    EXPECT_EQ(Read(files, u"C:\\real\\file.txt"), "error 5");
-    EXPECT_EQ(Read(files, u"C:\\closed\\file.txt"), "error 5");
+    EXPECT_EQ(ReadFile(files, u"C:\\real\\file.txt"), "error 5");
+    EXPECT_EQ(ReadFile(files, u"C:\\closed\\file.txt"), "error 5");
     FindHandle find = kInvalidFile;
     FindData data;
     EXPECT_EQ(files.FindFirst(u"C:\\closed\\*", find, data), kErrorAccessDenied);
@@ -192,15 +172,11 @@ TEST_F(HostileFiles, HostFolder_IsRealIgnoresCaseAndIsClosed) {
     Link("../../machine.ini", m_root / "host" / "Config" / "out");
     Link("One.ini", m_root / "host" / "Config" / "in");
     IFileSystem& files = OpenFiles();
-    EXPECT_EQ(Read(files, u"C:\\RoundupHost\\CONFIG\\one.INI"), "one");
-    EXPECT_EQ(Read(files, u"C:\\roundupHOST\\config\\IN"), "one");
-    EXPECT_EQ(Read(files, u"C:\\RoundupHost\\config\\out"), "error 1920");
-    EXPECT_EQ(Read(files, u"C:\\RoundupHost\\config\\..\\..\\machine.ini"), "error 2");
-    FileHandle file = kInvalidFile;
-    std::uint32_t done = 0;
-    ASSERT_EQ(files.Open(u"C:\\RoundupHost\\cache\\new.ini", kGenericWrite, 0, kCreateNew, file), kErrorSuccess);
-    EXPECT_EQ(files.Write(file, "new", 3, done), kErrorSuccess);
-    files.Close(file);
+    EXPECT_EQ(ReadFile(files, u"C:\\RoundupHost\\CONFIG\\one.INI"), "one");
+    EXPECT_EQ(ReadFile(files, u"C:\\roundupHOST\\config\\IN"), "one");
+    EXPECT_EQ(ReadFile(files, u"C:\\RoundupHost\\config\\out"), "error 1920");
+    EXPECT_EQ(ReadFile(files, u"C:\\RoundupHost\\config\\..\\..\\machine.ini"), "error 2");
+    EXPECT_EQ(WriteFile(files, u"C:\\RoundupHost\\cache\\new.ini", kCreateNew, "new"), kErrorSuccess);
     EXPECT_EQ(m_folder.Read("machine/host/Cache/new.ini"), "new");
     char16_t name[100] = {};
     EXPECT_NE(files.GetLongPath(u"C:\\rounduphost\\CACHE\\NEW.INI", name, 100), 0U);
@@ -216,19 +192,10 @@ TEST_F(HostileFiles, ManyThreads_FindTheSameInAFolderThatIsWrittenTo) {
         threads.emplace_back([&, number] {
             const std::u16string own = u"C:\\many\\own" + std::u16string(1, static_cast<char16_t>(u'0' + number));
             for (int round = 0; round < 100; ++round) {
-                FileHandle file = kInvalidFile;
-                if (files.GetAttributes(u"C:\\MANY\\file199") != 0x20) ++failures;
-                if (files.Open(own.c_str(), kGenericWrite, 0, kCreateAlways, file) != kErrorSuccess) ++failures;
-                files.Close(file);
-                FindHandle find = kInvalidFile;
-                FindData data;
-                int found = 0;
-                if (files.FindFirst(u"C:\\many\\file*", find, data) != kErrorSuccess) ++failures;
-                do ++found;
-                while (files.FindNext(find, data) == kErrorSuccess);
-                files.FindClose(find);
-                if (found != 200) ++failures;
-                if (files.Delete(own.c_str()) != kErrorSuccess) ++failures;
+                failures += files.GetAttributes(u"C:\\MANY\\file199") != 0x20;
+                failures += WriteFile(files, own, kCreateAlways, "x") != kErrorSuccess;
+                failures += List(files, u"C:\\many\\file*").size() != 200;
+                failures += files.Delete(own.c_str()) != kErrorSuccess;
             }
         });
     }

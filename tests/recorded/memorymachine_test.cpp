@@ -1,5 +1,4 @@
-// What only a machine in memory can have: denied and read-only files, a disk that gets full, real folders, sinks.
-#include "tests/support/faultmachine.h"
+// What only a machine in memory can have: denied and read-only files, a disk that gets full, real folders.
 #include "tests/support/machinetest.h"
 #include "tests/support/tempfolder.h"
 
@@ -46,13 +45,6 @@ TEST_F(MemoryMachine, FullDisk_FailsWritesToDrivesAndRealFolders) {
         files.Close(file);
     }
     EXPECT_EQ(folder.Read("b"), "12345");
-}
-
-TEST_F(MemoryMachine, DebugText_GoesToTheSink) {
-    std::vector<std::u16string> lines;
-    builder.DebugText(lines);
-    Start().System().WriteDebugText(u"said");
-    EXPECT_EQ(lines, std::vector<std::u16string>{u"said"});
 }
 
 TEST_F(MemoryMachine, GroupsAndAccounts_AreThoseOfTheSettings) {
@@ -116,23 +108,6 @@ TEST_F(MemoryMachine, FileObject_ServesOneFileAtATime) {
     EXPECT_EQ(machine.Files().Delete(u"C:\\two"), kErrorSharingViolation);
     EXPECT_EQ(object->Release(), 0U);
     EXPECT_EQ(machine.Files().Delete(u"C:\\two"), kErrorSuccess);
-}
-
-TEST_F(MemoryMachine, InjectedFailure_HitsTheNthOperationOfItsAreaAlone) {
-    builder.File(u"C:\\one", "x");
-    FaultInjectingMachine machine(builder.Build());
-    machine.FailOperation(Area::Files, 2, kErrorReadFault);
-    FileInfo info;
-    char16_t path[260];
-    EXPECT_TRUE(machine.Shell().GetFolderPath(36, path));
-    EXPECT_EQ(machine.Files().GetInfo(u"C:\\one", info), kErrorSuccess);
-    EXPECT_FALSE(machine.HasFired());
-    EXPECT_EQ(machine.Files().GetAttributes(u"C:\\one"), kInvalidAttributes);
-    EXPECT_EQ(machine.System().GetLastFailure(), kErrorReadFault);
-    EXPECT_TRUE(machine.HasFired());
-    EXPECT_EQ(machine.Files().GetInfo(u"C:\\one", info), kErrorSuccess);
-    EXPECT_EQ(machine.OperationsOf(Area::Files), 3U);
-    EXPECT_EQ(machine.OperationsOf(Area::Shell), 1U);
 }
 
 // Questions about one path after the other: each must be answered as if it were the first one.

@@ -1,19 +1,16 @@
 // Hives of real machines where they lie, and what is left of them when they are damaged.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <array>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <memory>
 #include <random>
 #include <thread>
 
 #include "platform/recorded/registry/recordedregistry.h"
 #include "platform/recorded/registry/registrysources.h"
 #include "tests/recorded/registryreading.h"
+#include "tests/support/tempfolder.h"
 
 namespace roundup {
 
@@ -41,11 +38,6 @@ void Walk(IRegistry& registry, KeyHandle parent, const char16_t* path, Counts& c
 
 class RegistryHiveTest : public testing::Test {
   protected:
-    RegistryHiveTest() : m_folder(fs::path(testing::TempDir()) / ("hives_" + std::to_string(getpid()))) {
-        fs::create_directories(m_folder);
-    }
-    ~RegistryHiveTest() override { fs::remove_all(m_folder); }
-
     // Unpacks a real hive; empty when it is not there.
     std::string Unpack(const std::string& name) {
         const std::string packed = std::string(ROUNDUP_SHARED_DATA) + "/hives/" + name + ".xz";
@@ -54,17 +46,14 @@ class RegistryHiveTest : public testing::Test {
         const std::string command = "xz -dc '" + packed + "' > '" + file + "'";
         return std::system(command.c_str()) == 0 ? file : std::string();
     }
-    static std::string Read(const std::string& file) {
-        std::ifstream stream(file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
+    std::string Read(const std::string& file) { return m_temp.Read(file); }
     std::string Write(const std::string& bytes) {
-        const std::string file = (m_folder / "changed").string();
-        std::ofstream(file, std::ios::binary) << bytes;
-        return file;
+        m_temp.Write("changed", bytes);
+        return m_temp.Text() + "/changed";
     }
 
-    const fs::path m_folder;
+    const TempFolder m_temp;
+    const fs::path m_folder = m_temp.Path();
     RegistryStore m_store;
     RecordedRegistry m_registry{m_store};
 };

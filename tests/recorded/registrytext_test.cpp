@@ -1,12 +1,10 @@
 // Registry exports: what they say, and what is told of those that are broken.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-
 #include "platform/recorded/registry/recordedregistry.h"
 #include "platform/recorded/registry/registrysources.h"
 #include "tests/recorded/registryreading.h"
+#include "tests/support/tempfolder.h"
 
 namespace roundup {
 
@@ -172,36 +170,16 @@ TEST_F(RegistryTextTest, MalformedLines_AreToldWithFileAndLine) {
     for (const auto& row : rows) EXPECT_EQ(Parse(row.text), row.message);
 }
 
-// Cut anywhere, an export is either still whole lines or told to be broken, and never read past its end.
-TEST_F(RegistryTextTest, TruncatedAnywhere_EndsInAMessageOrInWholeLines) {
-    const std::string text = kVersion + "[HKEY_LOCAL_MACHINE\\T]\r\n\"a\"=\"b\\\\\"\r\n\"c\"=hex(2):01,\\\r\n  02\r\n";
-    int good = 0;
-    for (std::size_t length = 0; length < text.size(); ++length) {
-        RegistryStore store;
-        const std::string cut = text.substr(0, length);
-        good += !ParseRegText(store, BytesOf(cut), "x.reg");
-    }
-    EXPECT_LT(good, 20);
-}
-
 class RegistryFilesTest : public RegistryTextTest {
   protected:
-    RegistryFilesTest()
-        : m_folder(std::filesystem::path(testing::TempDir()) /
-                   ("registry_" + std::to_string(reinterpret_cast<std::uintptr_t>(this)))) {
-        std::filesystem::create_directories(m_folder / "registry");
-    }
-    ~RegistryFilesTest() override { std::filesystem::remove_all(m_folder); }
-
-    void Write(const char* name, const std::string& text) {
-        std::ofstream(m_folder / "registry" / name, std::ios::binary) << text;
-    }
+    void Write(const std::string& name, const std::string& text) { m_temp.Write("registry/" + name, text); }
     std::string Load() {
         const SourceStatus status = LoadRegTextFolder(m_store, (m_folder / "registry").string());
         return status ? status->Text() : std::string();
     }
 
-    const std::filesystem::path m_folder;
+    const TempFolder m_temp;
+    const std::filesystem::path m_folder = m_temp.Path();
 };
 
 TEST_F(RegistryFilesTest, FilesOfAFolder_AreReadInNameOrderAndOthersLeftAlone) {
@@ -216,11 +194,10 @@ TEST_F(RegistryFilesTest, FilesOfAFolder_AreReadInNameOrderAndOthersLeftAlone) {
 }
 
 TEST_F(RegistryFilesTest, WhatIsNoReadableFileOfTheFolder_IsToldByItsName) {
-    RegistryStore store;
-    EXPECT_FALSE(LoadRegTextFolder(store, (m_folder / "missing").string()));
-    EXPECT_EQ(LoadRegText(store, (m_folder / "x.reg").string())->Text(),
-              (m_folder / "x.reg").string() + ": there is no such file");
-    std::filesystem::create_directory(m_folder / "registry" / "folder.reg");
+    EXPECT_EQ(Load(), "") << "a folder that is missing holds nothing";
+    const std::string file = (m_folder / "x.reg").string();
+    EXPECT_EQ(LoadRegText(m_store, file)->Text(), file + ": there is no such file");
+    std::filesystem::create_directories(m_folder / "registry" / "folder.reg");
     EXPECT_NE(Load().find("folder.reg: is no ordinary file"), std::string::npos);
 }
 

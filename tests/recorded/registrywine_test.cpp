@@ -1,12 +1,10 @@
 // The files of a Wine prefix. What they are to give was compared with the answers of the prefix's own registry.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-
 #include "platform/recorded/registry/recordedregistry.h"
 #include "platform/recorded/registry/registrysources.h"
 #include "tests/recorded/registryreading.h"
+#include "tests/support/tempfolder.h"
 
 namespace roundup {
 
@@ -145,14 +143,6 @@ TEST_F(RegistryWineTest, ViewsOfA64BitPrefix_FollowWow6432NodeAndTheLinks) {
     EXPECT_TRUE(m_store.HasKey(u"HKLM\\Software\\Wow6432Node\\New"));
 }
 
-TEST_F(RegistryWineTest, A32BitPrefix_HasOneView) {
-    ASSERT_EQ(Parse("WINE REGISTRY Version 2\n;; All keys relative to REGISTRY\\\\Machine\n\n#arch=win32\n"
-                    "[Software\\\\Vendor]\n@=\"one\"\n[Software\\\\Wow6432Node\\\\Vendor]\n@=\"decoy\"\n"),
-              "");
-    EXPECT_EQ(Seen(kHkeyLocalMachine, u"Software\\Vendor", kKeyWow64Key32), u"one");
-    EXPECT_EQ(Seen(kHkeyLocalMachine, u"Software\\Vendor", kKeyWow64Key64), u"one");
-}
-
 TEST_F(RegistryWineTest, MalformedLines_AreToldWithFileAndLine) {
     const std::string key = kMachine + "[T] 1\n";
     const struct {
@@ -187,18 +177,14 @@ TEST_F(RegistryWineTest, MalformedLines_AreToldWithFileAndLine) {
 }
 
 TEST_F(RegistryWineTest, Prefix_NeedsSystemRegAndSaysWhatIsMissing) {
-    namespace fs = std::filesystem;
-    const fs::path folder =
-        fs::path(testing::TempDir()) / ("prefix_" + std::to_string(reinterpret_cast<std::uintptr_t>(this)));
-    fs::create_directories(folder);
-    EXPECT_NE(LoadWinePrefix(m_store, folder.string())->Text().find("/system.reg: "), std::string::npos);
-    std::ofstream(folder / "system.reg", std::ios::binary) << kMachine << "[Software\\\\A]\n@=\"machine\"\n";
-    EXPECT_FALSE(LoadWinePrefix(m_store, folder.string()));
-    std::ofstream(folder / "user.reg", std::ios::binary) << kUser << "[Software\\\\A]\n@=\"user\"\n";
-    EXPECT_FALSE(LoadWinePrefix(m_store, folder.string()));
+    const TempFolder folder;
+    EXPECT_NE(LoadWinePrefix(m_store, folder.Text())->Text().find("/system.reg: "), std::string::npos);
+    folder.Write("system.reg", kMachine + "[Software\\\\A]\n@=\"machine\"\n");
+    EXPECT_FALSE(LoadWinePrefix(m_store, folder.Text()));
+    folder.Write("user.reg", kUser + "[Software\\\\A]\n@=\"user\"\n");
+    EXPECT_FALSE(LoadWinePrefix(m_store, folder.Text()));
     EXPECT_EQ(Seen(kHkeyCurrentUser, u"Software\\A", 0), u"user");
     EXPECT_EQ(Seen(kHkeyLocalMachine, u"Software\\A", 0), u"machine");
-    fs::remove_all(folder);
 }
 
 }  // namespace

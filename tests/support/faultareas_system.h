@@ -9,13 +9,13 @@ class Shell final : public Area<IShell> {
   public:
     using Area::Area;
     bool GetFolderPath(std::uint32_t number, char16_t (&path)[260]) override {
-        return gate.Next() == 0 && inner.GetFolderPath(number, path);
+        return Tell(&IShell::GetFolderPath, number, path);
     }
     bool GetSpecialFolderPath(std::uint32_t number, char16_t (&path)[260]) override {
-        return gate.Next() == 0 && inner.GetSpecialFolderPath(number, path);
+        return Tell(&IShell::GetSpecialFolderPath, number, path);
     }
     bool SplitCommandLine(const char16_t* text, std::vector<std::u16string>& arguments) override {
-        return gate.Next() == 0 && inner.SplitCommandLine(text, arguments);
+        return Tell(&IShell::SplitCommandLine, text, arguments);
     }
     void ExtractIcons(const char16_t* path, std::int32_t index, IconHandle& large, IconHandle& small) override {
         large = small = 0;
@@ -27,31 +27,23 @@ class Shell final : public Area<IShell> {
         held += icon != 0;
         return icon;
     }
-    void DestroyIcon(IconHandle icon) override {
-        --held;
-        inner.DestroyIcon(icon);
-    }
+    void DestroyIcon(IconHandle icon) override { Take(&IShell::DestroyIcon, icon); }
     bool GetIconBitmaps(IconHandle icon, IconBitmaps& bitmaps) override {
         if (gate.Next() != 0 || !inner.GetIconBitmaps(icon, bitmaps)) return false;
         held += (bitmaps.mask != 0) + (bitmaps.color != 0);
         return true;
     }
     bool GetBitmapShape(BitmapHandle bitmap, BitmapShape& shape) override {
-        return gate.Next() == 0 && inner.GetBitmapShape(bitmap, shape);
+        return Tell(&IShell::GetBitmapShape, bitmap, shape);
     }
     bool GetBitmapBits(BitmapHandle bitmap, const BitmapHeader& header, void* bits, std::uint32_t size) override {
-        return gate.Next() == 0 && inner.GetBitmapBits(bitmap, header, bits, size);
+        return Tell(&IShell::GetBitmapBits, bitmap, header, bits, size);
     }
-    void DeleteBitmap(BitmapHandle bitmap) override {
-        --held;
-        inner.DeleteBitmap(bitmap);
-    }
+    void DeleteBitmap(BitmapHandle bitmap) override { Take(&IShell::DeleteBitmap, bitmap); }
     bool LoadIndirectString(const char16_t* source, char16_t* buffer, std::uint32_t size) override {
-        return gate.Next() == 0 && inner.LoadIndirectString(source, buffer, size);
+        return Tell(&IShell::LoadIndirectString, source, buffer, size);
     }
-    bool ReadLink(const char16_t* path, ShellLink& link) override {
-        return gate.Next() == 0 && inner.ReadLink(path, link);
-    }
+    bool ReadLink(const char16_t* path, ShellLink& link) override { return Tell(&IShell::ReadLink, path, link); }
     void EnterApartment() override { inner.EnterApartment(); }
     void LeaveApartment() override { inner.LeaveApartment(); }
 };
@@ -68,43 +60,40 @@ class System final : public Area<ISystem> {
     void WriteDebugText(const char16_t* text) override { inner.WriteDebugText(text); }
     void WriteOutput(const char16_t* text) override { inner.WriteOutput(text); }
 
-    bool GetVersion(OsVersionInfo& version) override { return gate.Next() == 0 && inner.GetVersion(version); }
+    bool GetVersion(OsVersionInfo& version) override { return Tell(&ISystem::GetVersion, version); }
     bool GetNtVersionNumbers(std::uint32_t& major, std::uint32_t& minor, std::uint32_t& build) override {
-        return gate.Next() == 0 && inner.GetNtVersionNumbers(major, minor, build);
+        return Tell(&ISystem::GetNtVersionNumbers, major, minor, build);
     }
-    bool GetMemoryStatus(MemoryStatus& status) override { return gate.Next() == 0 && inner.GetMemoryStatus(status); }
+    bool GetMemoryStatus(MemoryStatus& status) override { return Tell(&ISystem::GetMemoryStatus, status); }
     std::uint32_t GetEnvironment(const char16_t* name, char16_t* buffer, std::uint32_t size) override {
-        return gate.Next() != 0 ? 0 : inner.GetEnvironment(name, buffer, size);
+        return Tell(&ISystem::GetEnvironment, name, buffer, size);
     }
     std::uint32_t ExpandEnvironment(const char16_t* source, char16_t* buffer, std::uint32_t size) override {
-        return gate.Next() != 0 ? 0 : inner.ExpandEnvironment(source, buffer, size);
+        return Tell(&ISystem::ExpandEnvironment, source, buffer, size);
     }
     std::uint32_t GetComputerName(char16_t* buffer, std::uint32_t size) override {
-        return gate.Next() != 0 ? 0 : inner.GetComputerName(buffer, size);
+        return Tell(&ISystem::GetComputerName, buffer, size);
     }
     std::uint32_t GetHostExecutable(char16_t* buffer, std::uint32_t size) override {
-        return gate.Next() != 0 ? 0 : inner.GetHostExecutable(buffer, size);
+        return Tell(&ISystem::GetHostExecutable, buffer, size);
     }
     std::uint32_t GetTempFolder(char16_t* buffer, std::uint32_t size) override {
-        return gate.Next() != 0 ? 0 : inner.GetTempFolder(buffer, size);
+        return Tell(&ISystem::GetTempFolder, buffer, size);
     }
     std::uint32_t GetWindowsFolder(char16_t* buffer, std::uint32_t size) override {
-        return gate.Next() != 0 ? 0 : inner.GetWindowsFolder(buffer, size);
+        return Tell(&ISystem::GetWindowsFolder, buffer, size);
     }
-    bool CreateGuid(std::uint8_t (&guid)[16]) override { return gate.Next() == 0 && inner.CreateGuid(guid); }
+    bool CreateGuid(std::uint8_t (&guid)[16]) override { return Tell(&ISystem::CreateGuid, guid); }
     MutexHandle OpenMutex(const char16_t* name, bool initialOwner) override {
         const MutexHandle mutex = gate.Next() != 0 ? 0 : inner.OpenMutex(name, initialOwner);
         held += mutex != 0;
         return mutex;
     }
     bool LockMutex(MutexHandle mutex, std::uint32_t milliseconds) override {
-        return gate.Next() == 0 && inner.LockMutex(mutex, milliseconds);
+        return Tell(&ISystem::LockMutex, mutex, milliseconds);
     }
     void UnlockMutex(MutexHandle mutex) override { inner.UnlockMutex(mutex); }
-    void CloseMutex(MutexHandle mutex) override {
-        --held;
-        inner.CloseMutex(mutex);
-    }
+    void CloseMutex(MutexHandle mutex) override { Take(&ISystem::CloseMutex, mutex); }
 };
 
 }  // namespace roundup::fault

@@ -92,110 +92,59 @@ MachineBuilder& MachineBuilder::Value(View path, View name, std::uint32_t type, 
     return *this;
 }
 
-MachineBuilder& MachineBuilder::File(View path, std::string_view bytes) {
-    m_files.emplace_back(path, bytes);
-    return *this;
-}
-MachineBuilder& MachineBuilder::Folder(View path) {
-    m_files.emplace_back(path, std::nullopt);
-    return *this;
-}
+MachineBuilder& MachineBuilder::File(View path, std::string_view bytes) { return Add(m_files, path, bytes); }
+MachineBuilder& MachineBuilder::Folder(View path) { return Add(m_files, path, std::nullopt); }
 MachineBuilder& MachineBuilder::HostFile(View relativePath, std::string_view bytes) {
-    m_hostFiles.emplace_back(relativePath, bytes);
-    return *this;
+    return Add(m_hostFiles, relativePath, bytes);
 }
-MachineBuilder& MachineBuilder::HostFolder(View relativePath) {
-    m_hostFiles.emplace_back(relativePath, std::nullopt);
-    return *this;
-}
+MachineBuilder& MachineBuilder::HostFolder(View relativePath) { return Add(m_hostFiles, relativePath, std::nullopt); }
 
 MachineBuilder& MachineBuilder::Architecture(std::uint16_t architecture) {
-    m_settings.architecture = architecture;
-    return *this;
+    return Set(m_settings.architecture, architecture);
 }
 MachineBuilder& MachineBuilder::Version(std::uint32_t major, std::uint32_t minor, std::uint32_t build) {
-    m_settings.version = {major, minor, build};
-    return *this;
+    return Set(m_settings.version, {major, minor, build});
 }
-MachineBuilder& MachineBuilder::Computer(View name) {
-    m_settings.computer = name;
-    return *this;
-}
-MachineBuilder& MachineBuilder::User(View name) {
-    m_settings.user = name;
-    return *this;
-}
-MachineBuilder& MachineBuilder::Processors(std::uint32_t count) {
-    m_settings.processors = count;
-    return *this;
-}
-MachineBuilder& MachineBuilder::Environment(View name, View value) {
-    m_settings.environment.emplace_back(name, value);
-    return *this;
-}
+MachineBuilder& MachineBuilder::Computer(View name) { return Set(m_settings.computer, name); }
+MachineBuilder& MachineBuilder::User(View name) { return Set(m_settings.user, name); }
+MachineBuilder& MachineBuilder::Processors(std::uint32_t count) { return Set(m_settings.processors, count); }
+MachineBuilder& MachineBuilder::Environment(View name, View value) { return Add(m_settings.environment, name, value); }
 MachineBuilder& MachineBuilder::SpecialFolder(std::uint32_t number, View path) {
-    m_settings.folders.emplace_back(number, path);
-    return *this;
+    return Add(m_settings.folders, number, path);
 }
-MachineBuilder& MachineBuilder::Reparse(View path, View target) {
-    m_settings.reparse.emplace_back(path, target);
-    return *this;
-}
+MachineBuilder& MachineBuilder::Reparse(View path, View target) { return Add(m_settings.reparse, path, target); }
 MachineBuilder& MachineBuilder::Short(View longPath, View shortPath) {
-    m_settings.shortPaths.emplace_back(longPath, shortPath);
-    return *this;
+    return Add(m_settings.shortPaths, longPath, shortPath);
 }
 MachineBuilder& MachineBuilder::Attributes(View path, std::uint32_t word) {
-    m_settings.attributes.emplace_back(path, word);
-    return *this;
+    return Add(m_settings.attributes, path, word);
 }
 MachineBuilder& MachineBuilder::Group(View group, const Names& members) {
-    m_settings.groups.emplace_back(group, members);
-    return *this;
+    return Add(m_settings.groups, group, members);
 }
 MachineBuilder& MachineBuilder::Accounts(View pathOrKey, const Names& names) {
-    m_settings.accounts.emplace_back(pathOrKey, names);
-    return *this;
+    return Add(m_settings.accounts, pathOrKey, names);
 }
-MachineBuilder& MachineBuilder::String(View source, View text) {
-    m_settings.strings.emplace_back(source, text);
-    return *this;
-}
+MachineBuilder& MachineBuilder::String(View source, View text) { return Add(m_settings.strings, source, text); }
 MachineBuilder& MachineBuilder::Volume(char16_t letter, View fileSystem) {
-    m_settings.volumes.emplace_back(ToUpper(letter), fileSystem);
-    return *this;
+    return Add(m_settings.volumes, ToUpper(letter), fileSystem);
 }
 
-MachineBuilder& MachineBuilder::DenyKey(View path) {
-    m_memoryOnly.deniedKeys.push_back(FullKeyPath(path));
-    return *this;
-}
-MachineBuilder& MachineBuilder::ReadOnlyKey(View path) {
-    m_memoryOnly.readOnlyKeys.push_back(FullKeyPath(path));
-    return *this;
-}
-MachineBuilder& MachineBuilder::DenyFile(View path) {
-    m_memoryOnly.deniedFiles.emplace_back(path);
-    return *this;
-}
+MachineBuilder& MachineBuilder::DenyKey(View path) { return Add(m_memoryOnly.deniedKeys, FullKeyPath(path)); }
+MachineBuilder& MachineBuilder::ReadOnlyKey(View path) { return Add(m_memoryOnly.readOnlyKeys, FullKeyPath(path)); }
+MachineBuilder& MachineBuilder::DenyFile(View path) { return Add(m_memoryOnly.deniedFiles, path); }
 MachineBuilder& MachineBuilder::ReadOnlyFile(View path) {
     return Attributes(path, kAttributeArchive | kAttributeReadOnly);
 }
 MachineBuilder& MachineBuilder::RealTempFolder(std::string folder) {
-    m_memoryOnly.tempFolder = std::move(folder);
-    return *this;
+    return Set(m_memoryOnly.tempFolder, std::move(folder));
 }
 MachineBuilder& MachineBuilder::RealHostFolder(std::string folder) {
-    m_memoryOnly.hostFolder = std::move(folder);
-    return *this;
+    return Set(m_memoryOnly.hostFolder, std::move(folder));
 }
-MachineBuilder& MachineBuilder::WriteLimit(std::uint64_t bytes) {
-    m_memoryOnly.writeLimit = bytes;
-    return *this;
-}
+MachineBuilder& MachineBuilder::WriteLimit(std::uint64_t bytes) { return Set(m_memoryOnly.writeLimit, bytes); }
 MachineBuilder& MachineBuilder::DebugText(std::vector<std::u16string>& lines) {
-    m_memoryOnly.debugText = &lines;
-    return *this;
+    return Set(m_memoryOnly.debugText, &lines);
 }
 
 std::unique_ptr<Machine> MachineBuilder::Build() const {

@@ -17,6 +17,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "platform/machine.h"
@@ -107,6 +108,16 @@ class MachineBuilder {
         std::vector<std::u16string>* debugText = nullptr;
     };
 
+    template <class Field, class Value = Field>
+    MachineBuilder& Set(Field& field, Value&& value) {
+        field = std::forward<Value>(value);
+        return *this;
+    }
+    template <class List, class... Parts>
+    MachineBuilder& Add(List& list, Parts&&... parts) {
+        list.emplace_back(std::forward<Parts>(parts)...);
+        return *this;
+    }
     RegistryKey& KeyAt(View path);
     std::string RegistryText() const;
 

@@ -16,6 +16,8 @@ class TempFolder {
 
     const std::filesystem::path& Path() const noexcept { return m_path; }
     std::string Text() const { return m_path.generic_string(); }
+    // Path of an entry; makes nothing.
+    std::string operator/(const std::string& name) const { return Text() + "/" + name; }
 
     // A file below it, with the folders on the way.
     void Write(const std::filesystem::path& relative, const std::string& bytes) const;

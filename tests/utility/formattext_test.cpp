@@ -75,11 +75,6 @@ TEST(FormatText, ArrayTooShort_CutsWithTerminatorAndNeverInsideAPair) {
     EXPECT_TRUE(none.IsEmpty());
 }
 
-TEST(FormatText, TextOfAMillionUnits_IsWhole) {
-    const std::u16string big(1'000'000, u'x');
-    EXPECT_EQ(FormatText(u"<%s>", big), u"<" + big + u">");
-}
-
 template <class... Args>
 constexpr bool kAccepted = !((formattext_detail::KindOf<Args>() == formattext_detail::Kind::Unsupported) || ...);
 enum class Scoped { One };

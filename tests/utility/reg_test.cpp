@@ -195,21 +195,5 @@ TEST_F(RegTest, OpenOrCreate_WritesButDoesNotRead) {
     EXPECT_EQ(block.Size(), 10U);
 }
 
-TEST_F(RegTest, ViewFlag_CountsOn64BitMachinesAlone) {
-    for (const std::uint16_t architecture : {kArchitectureAmd64, kArchitectureIntel}) {
-        builder = {};
-        builder.Architecture(architecture).Text(kToolPath, u"v", u"native");
-        builder.Text(u"HKLM\\SOFTWARE\\Wow6432Node\\Tool", u"v", u"x86");
-        Start();
-        for (const bool view64 : {true, false}) {
-            CWFYRegKey view;
-            OwnedString text;
-            ASSERT_TRUE(Succeeded(view.Open(kHkeyLocalMachine, kTool, view64, false)));
-            ASSERT_TRUE(Succeeded(view.GetString(u"v", text)));
-            EXPECT_EQ(text.View(), view64 || architecture == kArchitectureIntel ? u"native" : u"x86");
-        }
-    }
-}
-
 }  // namespace
 }  // namespace roundup

@@ -37,25 +37,6 @@ TEST(Locks, FourThreads_ComeInOneAtATime) {
     EXPECT_EQ(CountUnder(spy), 2000);
 }
 
-TEST(Locks, CriticalSectionHeldTwice_IsBusyForOthersUntilBothAreGiven) {
-    CriticalSection section;
-    const auto others = [&] {
-        int answer = 0;
-        std::thread([&] {
-            answer = section.TryLock();
-            if (answer == 0) section.Unlock();
-        }).join();
-        return answer;
-    };
-    section.Lock();
-    EXPECT_EQ(section.TryLock(), 0);
-    EXPECT_NE(others(), 0);
-    section.Unlock();
-    EXPECT_NE(others(), 0);
-    section.Unlock();
-    EXPECT_EQ(others(), 0);
-}
-
 TEST(Locks, SpyNameLock_IsBusyWhileHeldAndFreeAfterTheQuestion) {
     SpyNameLock lock;
     EXPECT_EQ(lock.IsBusy(), 0);
