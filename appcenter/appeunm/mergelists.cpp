@@ -121,6 +121,7 @@ CAppList RemoveDuplicates(const IContinue& goOn, CAppList uninstalls) {
 // Row 2.
 void MergeInstallRecords(const IContinue& goOn, CAppList& apps, CAppList& installs) {
     const GapCloser closer(installs);
+    CAppList merged;  // goes behind the index, whose keys are theirs
     InstallIndex index(installs);
     for (const RefPtr<CApp>& app : apps) {
         if (goOn.IsContinue() == 0) break;
@@ -128,7 +129,7 @@ void MergeInstallRecords(const IContinue& goOn, CAppList& apps, CAppList& instal
         const std::size_t found = index.Find(*app);
         if (found == kNoPosition) continue;
         app->MergeFrom(*installs[found]);
-        installs[found].Reset();
+        merged.push_back(std::move(installs[found]));
     }
 }
 

@@ -50,6 +50,7 @@ class ReconcileTest : public CatalogueTest {
                        const std::vector<Record>& hide);
     // The lines of the log since the last start that hold the text.
     std::string LogLines(std::u16string_view text);
+    CAppManager& Manager() { return *m_manager; }
     void TearDown() override { m_manager.Reset(); }
 
   private:
