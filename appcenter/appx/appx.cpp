@@ -10,7 +10,8 @@ bool CAppx::DependsOn(IApp* other) const {
     const auto* const package = dynamic_cast<const CAppx*>(other);
     if (package == nullptr || package->m_bIsFramework == 0) return false;
     for (const PackageDependency& needed : Dependency) {
-        if (EqualsNoCase(needed.name, package->m_wzPackageName) && package->m_ullVersion >= needed.minVersion) return true;
+        if (EqualsNoCase(needed.name, package->m_wzPackageName) && package->m_ullVersion >= needed.minVersion)
+            return true;
     }
     return false;
 }

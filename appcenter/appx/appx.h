@@ -84,9 +84,9 @@ class CAppx final : public CKvObject<IApp> {
     std::uint64_t m_ullVersion = 0;  // packed
     OwnedString m_wzArchitecture;
     std::uint32_t m_bIsFramework = 0;
-    OwnedString m_wzInstallLocal;      // as the repository has it
-    OwnedString m_wzRealInstallLocal;  // the same with mount points followed
-    OwnedString m_wzPackagesFolder;    // in which the folders of packages lie
+    OwnedString m_wzInstallLocal;                  // as the repository has it
+    OwnedString m_wzRealInstallLocal;              // the same with mount points followed
+    OwnedString m_wzPackagesFolder;                // in which the folders of packages lie
     std::uint64_t m_dwDeviceMinVersion = 0;        // packed
     std::uint64_t m_dwDeviceMaxVersionTested = 0;  // packed
     CStringSet ExtraFolder;  // names of the folders of the same package and version beside its own
@@ -99,8 +99,8 @@ class CAppx final : public CKvObject<IApp> {
     std::uint64_t m_ullGatheredSize = 0;  // bytes
     std::vector<std::unique_ptr<CWFYFile>> m_listFiles;
     std::uint32_t m_dwTag = 0;
-    std::uint64_t m_ftInstallTime = 0;  // FILETIME (minwinbase.h); 0 when unknown; in no record
-    Guid m_code;                        // nil for every package
+    std::uint64_t m_ftInstallTime = 0;   // FILETIME (minwinbase.h); 0 when unknown; in no record
+    Guid m_code;                         // nil for every package
     std::set<std::uint64_t> m_setLinks;  // checksums of the paths of the reparse folders that were walked
 
   private:

@@ -8,8 +8,8 @@
 #include "appcenter/appx/packageversion.h"
 #include "platform/machine.h"
 #include "utility/casemap.h"
-#include "utility/filesearch.h"
 #include "utility/fileinfo.h"
+#include "utility/filesearch.h"
 #include "utility/formattext.h"
 #include "utility/mountpoints.h"
 #include "utility/specialfolders.h"
@@ -183,8 +183,8 @@ void CAppx::MakeInstallDate() {
     constexpr std::uint64_t kUnitsOfDay = 86400ULL * 10'000'000;
     if (m_ftInstallTime > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) return;
     const std::chrono::days days(static_cast<int>(m_ftInstallTime / kUnitsOfDay));
-    const std::chrono::year_month_day date(
-        std::chrono::sys_days(std::chrono::year(1601) / std::chrono::January / 1) + days);
+    const std::chrono::year_month_day date(std::chrono::sys_days(std::chrono::year(1601) / std::chrono::January / 1) +
+                                           days);
     FixedText<16> text;
     FormatText(text, u"%04d%02d%02d", static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
                static_cast<unsigned>(date.day()));

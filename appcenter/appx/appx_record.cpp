@@ -1,10 +1,10 @@
 // The stored form of a store package: a flat little-endian record without padding.
 //
-//     magic, length of the whole record, texts, numbers and flags in the order of the fields, icon, gathered size, files,
-//     names of extra folders, paths of data folders, dependencies
+//     magic, length of the whole record, texts, numbers and flags in the order of the fields, icon, gathered size,
+//     files, names of extra folders, paths of data folders, dependencies
 //
-// A text is a byte count and so many bytes of UTF-16 with the terminator; 0 stands for null. The length is written last,
-// so that a record that was cut short has none.
+// A text is a byte count and so many bytes of UTF-16 with the terminator; 0 stands for null. The length is written
+// last, so that a record that was cut short has none.
 #include <cstring>
 #include <limits>
 #include <memory>

@@ -19,8 +19,8 @@ constexpr std::uint32_t VersionRevision(std::uint64_t version) noexcept {
     return static_cast<std::uint32_t>(version) & 0xFFFFU;
 }
 
-// The number of a text "major.minor.build.revision"; 0 when it does not have exactly three dots. A part that is no number
-// counts as 0 and ends the reading; one above 65,535 runs into the part above it, as it always has.
+// The number of a text "major.minor.build.revision"; 0 when it does not have exactly three dots. A part that is no
+// number counts as 0 and ends the reading; one above 65,535 runs into the part above it, as it always has.
 std::uint64_t PackVersion(std::u16string_view text) noexcept;
 
 }  // namespace roundup

@@ -1,5 +1,5 @@
-// Finds the file of a logo that a manifest names by a path that is not there as it stands: logos come in several scales,
-// each with its qualifiers in the file name.
+// Finds the file of a logo that a manifest names by a path that is not there as it stands: logos come in several
+// scales, each with its qualifiers in the file name.
 #pragma once
 
 #include <string>

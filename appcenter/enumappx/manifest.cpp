@@ -114,7 +114,7 @@ class ManifestDocument::Parser {
         ManifestNode& element = AddNode(ManifestNodeKind::Element);
         const std::size_t nameEnd = EndOfName(m_tag, false);
         const bool closed = nameEnd < m_end && IsBlank(m_buffer[nameEnd]) ? ReadAttributes(element, nameEnd)
-                                                                         : m_buffer[nameEnd] == u'/';
+                                                                          : m_buffer[nameEnd] == u'/';
         element.name = Text(m_tag, nameEnd);
         if (closed) return;
         m_current = &element;
@@ -176,7 +176,8 @@ class ManifestDocument::Parser {
 bool ManifestDocument::Load(const char16_t* path) {
     std::vector<std::byte> bytes;
     std::u16string content;
-    if (ReadWholeFile(path, kLargestManifest, bytes) && DecodeManifest(bytes, content)) return Parse(std::move(content));
+    if (ReadWholeFile(path, kLargestManifest, bytes) && DecodeManifest(bytes, content))
+        return Parse(std::move(content));
     Clear();
     return false;
 }
