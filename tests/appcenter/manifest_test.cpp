@@ -59,7 +59,9 @@ TEST(ManifestDocument, Tags_MakeTheTree) {
         ManifestDocument document;
         const bool parsed = document.Parse(each.text);
         ASSERT_EQ(parsed, each.shape != nullptr) << Narrow(each.text);
-        if (parsed) EXPECT_EQ(Shape(document), each.shape) << Narrow(each.text);
+        if (parsed) {
+            EXPECT_EQ(Shape(document), each.shape) << Narrow(each.text);
+        }
     }
 }
 
@@ -96,7 +98,9 @@ TEST(DecodeManifest, EncodingIsToldByTheMark) {
         std::u16string text;
         const auto bytes = std::as_bytes(std::span(each.bytes));
         EXPECT_EQ(DecodeManifest(bytes, text), each.decodes) << each.bytes;
-        if (each.decodes) EXPECT_EQ(text, each.text) << each.bytes;
+        if (each.decodes) {
+            EXPECT_EQ(text, each.text) << each.bytes;
+        }
         for (std::size_t cut = 0; cut < bytes.size(); ++cut) {
             if (DecodeManifest(bytes.first(cut), text)) ManifestDocument().Parse(text);
         }
