@@ -1,4 +1,4 @@
-// Finds the application that the command line names.
+// Finds the application or the store package that the command line names.
 #pragma once
 
 #include <cstddef>
@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "appcenter/app/app.h"
+#include "appcenter/app/iapp.h"
 #include "host/options.h"
 
 namespace roundup::host {
@@ -15,14 +15,14 @@ namespace roundup::host {
 // An application and its position in the listing; without a position it hangs below parent, which is root or hangs
 // below root, an application of the listing.
 struct Found {
-    const CApp* app = nullptr;  // null: there is none
+    const IApp* app = nullptr;  // null: there is none
     std::optional<std::size_t> index;
     const IApp* parent = nullptr;
     const IApp* root = nullptr;
 };
 
 // The first application whose key, and name when one is given, are equal ignoring case: the top level first, then
-// what hangs below, in the order of the listing.
+// what hangs below, in the order of the listing. The key of a store package is its full name.
 Found FindApp(const std::vector<const IApp*>& apps, const Options& options);
 
 // Why there is none, for people.

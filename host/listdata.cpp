@@ -1,5 +1,8 @@
-// The listings for programs: JSON and CSV. Texts are whole here.
+// The listings for programs: JSON and CSV. Texts are whole here. The CSV has the columns of an application; a store
+// package fills those of them that it has.
 
+#include "appcenter/app/app.h"
+#include "appcenter/appx/appx.h"
 #include "host/appfields.h"
 #include "host/appjson.h"
 #include "host/applist.h"
@@ -30,19 +33,50 @@ std::string CsvRecord(const CApp& app, const std::string& index, std::size_t lev
     return line + "\r\n";
 }
 
+// The columns of an application that a package does not have stay empty.
+std::string CsvPackage(const CAppx& package, std::size_t index) {
+    const std::pair<const char*, std::string> known[] = {
+        {"name", Utf8(package.m_wzDisplayName)},
+        {"installDate", Utf8(package.m_wzInstallDate)},
+        {"key", Utf8(package.m_wzPackageFullName)},
+        {"version", std::to_string(package.m_ullVersion)},
+        {"flags", std::to_string(package.GetFlags())},
+        {"size", std::to_string(package.GetEstimatedSize())},
+        {"installLocation", Utf8(package.m_wzInstallLocal)},
+        {"realInstallLocation", Utf8(package.m_wzRealInstallLocal)},
+        {"iconSize", std::to_string(package.GetIconDataSize())},
+        {"iconChecksum", IconChecksum(package)},
+    };
+    std::string line = std::to_string(index) + ",0";
+    for (const AppField& field : kAppFields) {
+        line += ",";
+        for (const auto& [name, value] : known) {
+            if (std::string_view(name) == field.name) line += CsvField(value);
+        }
+    }
+    return line + "\r\n";
+}
+
 }  // namespace
 
 bool WriteJson(const std::vector<const IApp*>& apps) {
-    bool written = WriteOut("{\"applications\":[");
-    bool first = true;
-    for (std::size_t i = 0; i < apps.size(); ++i) {
-        const auto* app = dynamic_cast<const CApp*>(apps[i]);
-        if (app == nullptr) continue;
-        if (!first) written = WriteOut(",") && written;
-        first = false;
-        WriteAppJson(*app, i, [&](std::string_view text) { written = WriteOut(text) && written; });
-    }
-    return WriteOut("],\"packages\":[]}\n") && written;
+    bool written = true;
+    const auto sink = [&](std::string_view text) { written = WriteOut(text) && written; };
+    const auto writeKind = [&](std::int32_t appx) {
+        bool first = true;
+        for (std::size_t i = 0; i < apps.size(); ++i) {
+            if (apps[i]->IsAppx() != appx) continue;
+            if (!first) sink(",");
+            first = false;
+            WriteAppJson(*apps[i], i, sink);
+        }
+    };
+    sink("{\"applications\":[");
+    writeKind(0);
+    sink("],\"packages\":[");
+    writeKind(1);
+    sink("]}\n");
+    return written;
 }
 
 bool WriteCsv(const std::vector<const IApp*>& apps) {
@@ -56,6 +90,10 @@ bool WriteCsv(const std::vector<const IApp*>& apps) {
     };
     std::vector<Waiting> waiting;
     for (std::size_t i = 0; i < apps.size(); ++i) {
+        if (const auto* package = dynamic_cast<const CAppx*>(apps[i])) {
+            written = WriteOut(CsvPackage(*package, i)) && written;
+            continue;
+        }
         const auto* root = dynamic_cast<const CApp*>(apps[i]);
         if (root != nullptr) waiting.push_back({root, std::to_string(i), 0});
         while (!waiting.empty()) {

@@ -4,8 +4,11 @@
 #include <algorithm>
 #include <array>
 
+#include "appcenter/app/app.h"
+#include "appcenter/appx/appx.h"
 #include "host/appfields.h"
 #include "host/applist.h"
+#include "host/packagefields.h"
 #include "host/textout.h"
 
 namespace roundup::host {
@@ -37,6 +40,10 @@ Row RowOf(const Catalogue::Listed& listed) {
     row[kDate] = ReadableDate(record.wzInstallDate);
     row[kSize] = record.qwSize == 0 ? "" : ReadableSize(record.qwSize);
     row[kBits] = Bitness(record.qwFlags);
+    if (const auto* package = dynamic_cast<const CAppx*>(listed.app)) {
+        row[kVersion] = DottedVersion(package->m_ullVersion);
+        row[kBits] = PackageBitness(*package);
+    }
     row[kKey] = Printable(record.wzKeyString);
     return row;
 }

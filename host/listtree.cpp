@@ -1,7 +1,10 @@
 #include <vector>
 
+#include "appcenter/app/app.h"
+#include "appcenter/appx/appx.h"
 #include "host/appfields.h"
 #include "host/applist.h"
+#include "host/packagefields.h"
 #include "host/textout.h"
 
 namespace roundup::host {
@@ -24,6 +27,7 @@ std::string Details(const IApp& app) {
         details += text;
     };
     if (const auto* entry = dynamic_cast<const CApp*>(&app)) add(Printable(entry->pwszVersion));
+    if (const auto* package = dynamic_cast<const CAppx*>(&app)) add(DottedVersion(package->m_ullVersion));
     if (app.GetPublisher() != nullptr) add(Printable(app.GetPublisher()));
     if (app.GetEstimatedSize() > 0) add(ReadableSize(static_cast<std::uint64_t>(app.GetEstimatedSize())));
     return details;

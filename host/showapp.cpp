@@ -1,6 +1,9 @@
+#include "appcenter/app/app.h"
+#include "appcenter/appx/appx.h"
 #include "host/appfields.h"
 #include "host/applist.h"
 #include "host/origin.h"
+#include "host/packagefields.h"
 #include "host/textout.h"
 #include "utility/utf.h"
 
@@ -10,13 +13,14 @@ namespace {
 
 constexpr std::size_t kLabelWidth = 22;
 
+std::string SizeWords(std::int64_t bytes) {
+    if (bytes <= 0) return {};
+    return ReadableSize(static_cast<std::uint64_t>(bytes)) + " (" + std::to_string(bytes) + " bytes)";
+}
+
 std::string Readable(const AppField& field, const CApp& app) {
     const std::string name = field.name;
-    if (name == "size" || name == "iconSize") {
-        const std::int64_t bytes = std::get<std::int64_t>(field.read(app));
-        if (bytes <= 0) return {};
-        return ReadableSize(static_cast<std::uint64_t>(bytes)) + " (" + std::to_string(bytes) + " bytes)";
-    }
+    if (name == "size" || name == "iconSize") return SizeWords(std::get<std::int64_t>(field.read(app)));
     if (name == "installDate") return ReadableDate(app.pwszInstallDate);
     const AppField::Value value = field.read(app);
     if (const auto* text = std::get_if<std::string>(&value)) return Printable(FromUtf8(*text));
@@ -46,29 +50,71 @@ std::string Because(const IApp& app) {
     return reason.empty() ? "" : " (" + reason + ")";
 }
 
-}  // namespace
+// Lines of a label and a value; what has no value has no line.
+class Page {
+  public:
+    explicit Page(bool colour) : m_colour(colour) {}
 
-bool WriteApp(const Found& found, const Layout& layout) {
-    const CApp& app = *found.app;
-    std::string text;
-    const auto add = [&](const std::string& label, const std::string& value) {
+    void Add(const std::string& label, const std::string& value) {
         if (value.empty()) return;
         const std::string head = Fit(label, kLabelWidth);
-        text += (layout.colour ? "\x1b[2m" + head + "\x1b[0m" : head) + value + "\n";
-    };
+        m_text += (m_colour ? "\x1b[2m" + head + "\x1b[0m" : head) + value + "\n";
+    }
+    const std::string& Text() const { return m_text; }
+
+  private:
+    const bool m_colour;
+    std::string m_text;
+};
+
+void AddApp(Page& page, const CApp& app, const Found& found) {
     for (const AppField& field : kAppFields) {
         if (std::string(field.name) == "flags") {
-            add(field.label, FlagWords(app.GetFlags()));
+            page.Add(field.label, FlagWords(app.GetFlags()));
         } else {
-            add(field.label, Readable(field, app));
+            page.Add(field.label, Readable(field, app));
         }
     }
     for (const RefPtr<IApp>& sub : app.SubApps) {
-        add("Sub-application", NameOf(*sub) + Because(*sub));
+        page.Add("Sub-application", NameOf(*sub) + Because(*sub));
     }
-    if (found.parent != nullptr) add("Part of", NameOf(*found.parent) + Because(app));
-    add("Found in", OriginWords(app.dwOrigins));
-    return WriteOut(text);
+    if (found.parent != nullptr) page.Add("Part of", NameOf(*found.parent) + Because(app));
+    page.Add("Found in", OriginWords(app.dwOrigins));
+}
+
+void AddPackage(Page& page, const CAppx& package) {
+    page.Add("Name", Printable(package.m_wzDisplayName));
+    page.Add("Publisher", Printable(package.m_wzPublisher));
+    page.Add("Installed", ReadableDate(package.m_wzInstallDate));
+    page.Add("Key", Printable(package.m_wzPackageFullName));
+    page.Add("Family", Printable(package.m_wzPackageFamilyName));
+    page.Add("Version", DottedVersion(package.m_ullVersion));
+    page.Add("Architecture", Printable(package.m_wzArchitecture));
+    page.Add("Kind", package.m_bIsFramework != 0 ? "framework for other packages" : "store package");
+    page.Add("Size", package.m_bIsFramework != 0 ? "" : SizeWords(package.GetEstimatedSize()));
+    page.Add("Location", Printable(package.m_wzInstallLocal));
+    page.Add("Real location", Printable(package.m_wzRealInstallLocal));
+    page.Add("Icon from", Printable(package.m_wzIcon));
+    page.Add("Icon size", SizeWords(package.GetIconDataSize()));
+    page.Add("Icon checksum", IconChecksum(package));
+    for (const OwnedString& name : package.ExtraFolder) page.Add("Resources", Printable(name));
+    for (const OwnedString& folder : package.DataFolder) page.Add("User's data", Printable(folder));
+    for (const PackageDependency& needed : package.Dependency) {
+        page.Add("Needs", Printable(needed.name) + " " + DottedVersion(needed.minVersion) + " or newer");
+    }
+    page.Add("Found in", "the user's repository of store packages");
+}
+
+}  // namespace
+
+bool WriteApp(const Found& found, const Layout& layout) {
+    Page page(layout.colour);
+    if (const auto* package = dynamic_cast<const CAppx*>(found.app)) {
+        AddPackage(page, *package);
+    } else if (const auto* app = dynamic_cast<const CApp*>(found.app)) {
+        AddApp(page, *app, found);
+    }
+    return WriteOut(page.Text());
 }
 
 }  // namespace roundup::host
