@@ -52,6 +52,12 @@ class HostFolder {
     virtual Win32Error OpenFile(const std::string& path, HostOpen how, std::unique_ptr<IFileStream>& stream) = 0;
     virtual Win32Error DeleteFile(const std::string& path) = 0;
     virtual Win32Error CreateFolder(const std::string& path) = 0;
+
+    // Keeps other processes that ask for the same out until UnlockWriters. One thread at a time, whose caller sees to
+    // that. Where the system has no such lock, and when another process does not let go of it in two seconds, the
+    // caller goes on without.
+    virtual void LockWriters() {}
+    virtual void UnlockWriters() {}
 };
 
 // Where the text of a link leads, seen from a folder whose own place is root.

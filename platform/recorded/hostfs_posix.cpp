@@ -1,5 +1,6 @@
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -8,9 +9,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <climits>
 #include <cstdlib>
 #include <ctime>
+#include <thread>
 #include <utility>
 
 #include "platform/recorded/hostfs.h"
@@ -161,6 +164,8 @@ class PosixFolder final : public HostFolder {
     Win32Error OpenFile(const std::string& path, HostOpen how, std::unique_ptr<IFileStream>& stream) override;
     Win32Error DeleteFile(const std::string& path) override;
     Win32Error CreateFolder(const std::string& path) override;
+    void LockWriters() override;
+    void UnlockWriters() override { (void)flock(m_folder.Get(), LOCK_UN); }
 
   private:
     // What a path's last part is opened, removed or made in.
@@ -176,6 +181,14 @@ class PosixFolder final : public HostFolder {
     const Descriptor m_folder;
     const std::string m_path;
 };
+
+void PosixFolder::LockWriters() {
+    constexpr int kTries = 400;
+    for (int tries = 0; tries < kTries && flock(m_folder.Get(), LOCK_EX | LOCK_NB) != 0; ++tries) {
+        if (errno != EWOULDBLOCK && errno != EINTR) return;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+}
 
 // One openat for each part, each of which refuses a link: there is no moment at which a part that was looked at could
 // be exchanged for a link and followed.

@@ -35,6 +35,9 @@ class MappedFolder {
     Win32Error CreateFolder(std::u16string_view path);
     // The path with every name as it is on disk.
     Win32Error RealNames(std::u16string_view path, std::u16string& names);
+    // As of HostFolder.
+    void LockWriters() { m_folder->LockWriters(); }
+    void UnlockWriters() { m_folder->UnlockWriters(); }
     // The text of the link at the path; error 4390 when it is none.
     Win32Error ReadLinkText(std::u16string_view path, std::u16string& text);
 

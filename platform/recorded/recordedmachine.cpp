@@ -36,6 +36,7 @@ RecordedMachine::RecordedMachine(MachineParts parts)
     SetUpDrives(parts);
     SetUpMapped(std::move(parts.tempFolder), m_folders.TempFolder(), m_mappedTemp);
     SetUpMapped(std::move(parts.hostFolder), m_hostFolder, m_mappedHost);
+    m_profile.ShareWriters(m_mappedHost.get());
     SetUpSpecialPaths(parts);
 }
 

@@ -74,6 +74,22 @@ std::uint32_t ListKeys(std::u16string_view text, std::u16string_view section, ch
     return answer.Finish();
 }
 
+// Keeps other processes from writing for the scope.
+class WritersLock {
+  public:
+    explicit WritersLock(MappedFolder* folder) : m_folder(folder) {
+        if (m_folder != nullptr) m_folder->LockWriters();
+    }
+    ~WritersLock() {
+        if (m_folder != nullptr) m_folder->UnlockWriters();
+    }
+    WritersLock(const WritersLock&) = delete;
+    WritersLock& operator=(const WritersLock&) = delete;
+
+  private:
+    MappedFolder* const m_folder;
+};
+
 }  // namespace
 
 RecordedProfile::RecordedProfile(IFileSystem& files, std::u16string windowsFolder)
@@ -104,10 +120,12 @@ Win32Error RecordedProfile::ReadFile(const std::u16string& path, std::string& by
 
 bool RecordedProfile::WriteFile(const std::u16string& path, std::string_view bytes) {
     FileHandle file = kInvalidFile;
-    if (m_files.Open(path.c_str(), kGenericWrite, kShareRead, kCreateAlways, file) != kErrorSuccess) return false;
+    // Not emptied first: a process that reads meanwhile, or finds the file after this one has died, finds the rest.
+    if (m_files.Open(path.c_str(), kGenericWrite, kShareRead, kOpenAlways, file) != kErrorSuccess) return false;
     std::uint32_t done = 0;
     const auto size = static_cast<std::uint32_t>(bytes.size());
-    const bool written = m_files.Write(file, bytes.data(), size, done) == kErrorSuccess && done == size;
+    bool written = m_files.Write(file, bytes.data(), size, done) == kErrorSuccess && done == size;
+    written = written && m_files.SetEnd(file) == kErrorSuccess;
     m_files.Close(file);
     return written;
 }
@@ -137,6 +155,7 @@ bool RecordedProfile::WriteString(const char16_t* section, const char16_t* key, 
     const std::u16string_view name = TrimIni(ViewOf(section));
     if (name.empty()) return false;
     const std::lock_guard guard(m_writing);
+    const WritersLock shared(m_shared);
     const std::u16string file = PathOf(path);
     std::string bytes;
     const Win32Error error = ReadFile(file, bytes);

@@ -9,6 +9,7 @@
 #include "platform/filesystem.h"
 #include "platform/profile.h"
 #include "platform/recorded/initext.h"
+#include "platform/recorded/mappedfolder.h"
 
 namespace roundup {
 
@@ -16,6 +17,8 @@ namespace roundup {
 class RecordedProfile final : public IProfile {
   public:
     RecordedProfile(IFileSystem& files, std::u16string windowsFolder);
+    // The real folder that other processes write ini files in at the same time; null for none. Before the first write.
+    void ShareWriters(MappedFolder* folder) noexcept { m_shared = folder; }
 
     std::uint32_t GetString(const char16_t* section, const char16_t* key, const char16_t* fallback, char16_t* buffer,
                             std::uint32_t size, const char16_t* path) override;
@@ -29,6 +32,7 @@ class RecordedProfile final : public IProfile {
 
     IFileSystem& m_files;
     const std::u16string m_windowsFolder;
+    MappedFolder* m_shared = nullptr;
     std::mutex m_writing;  // a write reads the file, changes it and writes it back
 };
 
