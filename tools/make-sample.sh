@@ -112,6 +112,11 @@ build_programs() {
     program otterquill 32 exe "Lutrine Letters" "Otterquill 🦦" 1.0.3.0 otterquill
     program link64 64 exe "Osmundgate Networks" "Osmundgate Link" 5.1.64.0 link
     program link32 32 exe "Osmundgate Networks" "Osmundgate Link" 5.1.32.0 link
+    program letters 32 exe "Lutrine Letters" "Otterquill Letterheads" 1.0.0.0 otterquill
+    program spelling 32 dll "Lutrine Letters" "Lutrine Spelling Service" 3.1.0.0 link
+    program relay 32 exe "Osmundgate Networks" "Osmundgate Relay" 5.0.0.0 link
+    program keys 32 exe "Osmundgate Networks" "Osmundgate Keys" 2.2.0.0 link
+    program viewer 32 exe "Fennmark Tools" "Fennmark Viewer" 2.0.0.0 fennmark
     x86_64-w64-mingw32-gcc -municode -Os -s "$sources/shortnames.c" -o shortnames.exe
 }
 
@@ -207,12 +212,26 @@ run_installers() {
         run msiexec /i "C:\\setup\\$name.msi" /qn
     done
     # The update comes behind the program that it updates.
-    for name in archiver rollup notes starmap journeys otterquill gateway; do
+    for name in archiver rollup notes starmap journeys otterquill gateway companions; do
         run "C:\\setup\\$name-setup.exe" /S
     done
     wineserver -w
     cd "$build"
     rm -r "$setup"
+}
+
+# write_rules DIR: the rule files, as a host has them beside it: lines with CR LF, rule texts in UTF-16 with a mark.
+write_rules() {
+    local file target
+    (cd "$sources/Config" && find . -type f) | while IFS= read -r file; do
+        target=$1/$file
+        mkdir -p "$(dirname "$target")"
+        if [ "${file##*.}" = ini ]; then
+            sed 's/$/\r/' "$sources/Config/$file" >"$target"
+        else
+            { printf '\xff\xfe' && sed 's/$/\r/' "$sources/Config/$file" | iconv -f UTF-8 -t UTF-16LE; } >"$target"
+        fi
+    done
 }
 
 short_names() {
@@ -239,6 +258,7 @@ short_names
 wineserver -w
 # The old sample goes only when the new one is whole.
 python3 "$sources/record.py" "$work/before" "$work/after" "$WINEPREFIX" "$work/short" "$work/machine"
+write_rules "$work/machine/host/Config"
 mkdir -p "$(dirname "$out")"
 if [ $replace = yes ]; then rm -rf "$out"; fi
 mv "$work/machine" "$out"
