@@ -1,14 +1,17 @@
 #include "appcenter/appadaptermgr/appadaptermgr.h"
 
+#include <atomic>
 #include <cstdint>
+#include <memory>
 #include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "appcenter/app/app.h"
 #include "appcenter/appadapterconfig/appruleset.h"
 #include "appcenter/appadapterconfig/rulefilestore.h"
-#include "appcenter/appadaptermgr/adapternames.h"
+#include "appcenter/appadaptermgr/adapternameindex.h"
 #include "appcenter/appadapterparse/appadapterparse.h"
 #include "platform/machine.h"
 #include "utility/boundary.h"
@@ -22,32 +25,37 @@ namespace {
 constexpr const char16_t* kListFile = u"AppsIniEx.ini";
 constexpr const char16_t* kListSection = u"AppName";
 
+// Unchanged once it is published.
+struct AdapterTable {
+    CStringSet AdapterNames;
+    std::vector<RefPtr<IAppAdapterParse>> Adapters;  // in the order of the names
+    AdapterNameIndex Index;
+};
+
 struct AdapterList {
     CriticalSection AdaptersLock;
-    // Guarded by AdaptersLock until the list has entries; unchanged from then on.
-    CStringSet Names;
-    std::vector<RefPtr<IAppAdapterParse>> Adapters;  // in the order of Names
-    AdapterNames Index;
-    // Guarded by AdaptersLock: the generation of the rule files in which the list file gave nothing.
-    std::uint32_t triedIn = 0;
+    std::atomic<const AdapterTable*> Ready = nullptr;  // Table, once it has entries
+    // Guarded by AdaptersLock.
+    std::unique_ptr<AdapterTable> Table;
+    std::uint32_t TriedIn = 0;  // generation of the rule files in which the list file gave nothing
 };
 
 // What the list file names; nothing when it cannot be read.
-void ReadNames(AdapterList& list) {
+void ReadNames(AdapterList& list, CStringSet& names) {
     RuleFileStore& store = ProcessWide<RuleFileStore>();
     const std::uint32_t generation = store.Generation();
-    if (list.triedIn == generation) return;
-    if (store.HasConfigFile(kListFile)) ReadIniKeys(ConfigFolder().c_str(), kListFile, kListSection, list.Names);
-    if (list.Names.empty()) list.triedIn = generation;
+    if (list.TriedIn == generation) return;
+    if (store.HasConfigFile(kListFile)) ReadIniKeys(ConfigFolder().c_str(), kListFile, kListSection, names);
+    if (names.empty()) list.TriedIn = generation;
 }
 
-ResultCode MakeAdapters(AdapterList& list) {
-    for (const OwnedString& name : list.Names) {
+ResultCode MakeAdapters(AdapterTable& table) {
+    for (const OwnedString& name : table.AdapterNames) {
         if (name.IsEmpty()) continue;
         auto adapter = RefPtr<IAppAdapterParse>::Adopt(new (std::nothrow) CAppAdapterParse(name));
         if (!adapter) return Fail(SmallCode::GeneralFailure);
-        list.Adapters.push_back(std::move(adapter));
-        list.Index.Add(name, list.Adapters.size() - 1);
+        table.Adapters.push_back(std::move(adapter));
+        table.Index.Add(name, table.Adapters.size() - 1);
     }
     return kSuccess;
 }
@@ -59,26 +67,32 @@ ResultCode LoadAdapters() {
         [] {
             AdapterList& list = ProcessWide<AdapterList>();
             const LockGuard guard(list.AdaptersLock);
-            if (!list.Adapters.empty()) return kSuccess;
-            ReadNames(list);
-            return MakeAdapters(list);
+            if (list.Ready.load(std::memory_order_relaxed) != nullptr) return kSuccess;
+            CStringSet names;
+            ReadNames(list, names);
+            if (names.empty()) return kSuccess;
+            list.Table = std::make_unique<AdapterTable>();
+            list.Table->AdapterNames = std::move(names);
+            const ResultCode rc = MakeAdapters(*list.Table);
+            if (!list.Table->Adapters.empty()) list.Ready.store(list.Table.get(), std::memory_order_release);
+            return rc;
         },
         [] { return Fail(SmallCode::GeneralFailure); });
 }
 
 ResultCode ApplyAdapters(IApp* app, CAppRuleSet* ruleSet) {
     if (app == nullptr || ruleSet == nullptr) return Fail(SmallCode::BadArgument);
-    const AdapterList& list = ProcessWide<AdapterList>();
-    if (list.Adapters.empty() || app->IsAppx() != 0) return kSuccess;
+    const AdapterTable* const table = ProcessWide<AdapterList>().Ready.load(std::memory_order_acquire);
+    if (table == nullptr || app->IsAppx() != 0) return kSuccess;
     const auto& record = static_cast<const CApp&>(*app);
     return AtBoundary(
         [&] {
-            std::vector<bool> found(list.Adapters.size());
+            std::vector<bool> found(table->Adapters.size());
             for (const OwnedString* text : {&record.pwszName, &record.pwszInstallLoc, &record.pwszKeyString}) {
-                list.Index.Find(*text, found);
+                table->Index.Find(*text, found);
             }
             for (std::size_t i = 0; i < found.size(); ++i) {
-                if (found[i]) Ignore(list.Adapters[i]->ApplyTo(app, ruleSet), u"the adapter has logged its failure");
+                if (found[i]) Ignore(table->Adapters[i]->ApplyTo(app, ruleSet), u"the adapter has logged its failure");
             }
             return kSuccess;
         },

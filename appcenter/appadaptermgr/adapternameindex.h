@@ -11,7 +11,7 @@ namespace roundup {
 
 // There are at most a hundred adapters, and nearly every application has to do with none of them; so a text is read
 // once, whatever the number of names, and compared at each place with those names alone that begin with its character.
-class AdapterNames {
+class AdapterNameIndex {
   public:
     // The text must outlive the object. Numbers are small and dense. An empty name occurs nowhere.
     void Add(std::u16string_view name, std::size_t number);
