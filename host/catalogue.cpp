@@ -38,7 +38,6 @@ class Catalogue::Observer final : public IRoundupObserver {
     std::function<bool()> interrupted;
     bool cancelled = false;
     std::vector<IRmxApp*> records;
-    bool uninstalling = false;
     const std::shared_ptr<UninstallEnd> end = std::make_shared<UninstallEnd>();
 };
 
@@ -62,8 +61,6 @@ Catalogue::~Catalogue() {
     if (m_facade == nullptr) return;
     m_facade->Uninit();
     m_facade->Release();
-    // The thread of an uninstall that nobody waited for may be on its way to the observer.
-    if (m_observer->uninstalling) (void)m_observer.release();
 }
 
 LoadOutcome Catalogue::Load(ProgressMeter& progress, const std::function<bool()>& interrupted) {
@@ -112,8 +109,7 @@ bool Catalogue::StartUninstall(std::size_t index) {
     for (IRmxApp* record : EnumRecords()) {
         const auto* own = dynamic_cast<const CAppInfo*>(record);
         if (own == nullptr || static_cast<std::size_t>(own->Index()) != index) continue;
-        m_observer->uninstalling = m_facade->UnInstallApp(record) == 0;
-        return m_observer->uninstalling;
+        return m_facade->UnInstallApp(record) == 0;
     }
     return false;
 }
@@ -122,7 +118,6 @@ std::optional<std::uint32_t> Catalogue::WaitForUninstall(std::chrono::millisecon
     UninstallEnd& end = *m_observer->end;
     std::unique_lock guard(end.lock);
     end.told.wait_for(guard, time, [&] { return end.code.has_value(); });
-    if (end.code) m_observer->uninstalling = false;
     return end.code;
 }
 

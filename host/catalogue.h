@@ -45,7 +45,8 @@ class Catalogue {
     };
     // Asks the machine as it is now. Nothing for an application that has gone, and when its entry has no command.
     std::optional<UninstallPlan> PlanUninstall(const IApp& app) const;
-    // Starts the uninstall of the application of that place in Apps. False when it could not be started.
+    // Starts the uninstall of the application of that place in Apps. False when it could not be started. The catalogue
+    // must not go before the end has been told.
     bool StartUninstall(std::size_t index);
     // The exit code of the uninstall that was started; nothing while it still runs after that time.
     std::optional<std::uint32_t> WaitForUninstall(std::chrono::milliseconds time);

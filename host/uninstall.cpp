@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -25,13 +26,15 @@ int TellPlan(const std::optional<Catalogue::UninstallPlan>& plan) {
     return plan ? kExitSuccess : kExitFailure;
 }
 
-// Ctrl-C ends the waiting alone: nothing can take an uninstaller back.
+// Ctrl-C ends the waiting alone: nothing can take an uninstaller back. The process ends on the spot then, since the
+// thread that waits for the uninstaller goes on using what an orderly end would destroy.
 int WaitForEnd(Catalogue& catalogue) {
     while (!Interrupted()) {
         if (const auto code = catalogue.WaitForUninstall(kGlance)) return static_cast<int>(*code);
     }
     Complain("not waited for any longer; the uninstaller goes on by itself");
-    return kExitCancelled;
+    std::fflush(stdout);
+    std::_Exit(kExitCancelled);
 }
 
 int Run(const Options& options, Catalogue& catalogue, std::size_t index) {
