@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "appcenter/app/app.h"
@@ -216,11 +217,7 @@ TEST_F(AppRecordTest, TextWithAZeroInside_EndsThere) {
 }
 
 TEST_F(AppRecordTest, BrokenFields_AreRefused) {
-    const struct {
-        const char* what;
-        std::size_t at;
-        std::uint32_t word;
-    } cases[] = {
+    const std::tuple<const char*, std::size_t, std::uint32_t> cases[] = {
         {"magic", 0, 0x00505042},
         {"no length", 4, 0},
         {"length of the header", 4, 7},
@@ -233,11 +230,11 @@ TEST_F(AppRecordTest, BrokenFields_AreRefused) {
         {"icon past the end", 90, 0xFFFFFFFF},
         {"more files than bytes", 97, 0xFFFFFFFF},
     };
-    for (const auto& c : cases) {
+    for (const auto& [what, at, word] : cases) {
         Bytes bytes = FromHex(WholeRecord());
-        std::memcpy(bytes.data() + c.at, &c.word, sizeof c.word);
+        std::memcpy(bytes.data() + at, &word, sizeof word);
         CApp app;
-        EXPECT_EQ(Read(app, bytes), SmallCode::BadArgument) << c.what;
+        EXPECT_EQ(Read(app, bytes), SmallCode::BadArgument) << what;
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "tests/support/machinetest.h"
@@ -174,11 +175,7 @@ TEST_F(AppTest, RealLocation_FollowsMountPointsAndNormalises) {
     builder.Folder(u"D:\\Store\\Tool").File(u"C:\\Apps\\Tool\\tool.exe", "x").Folder(u"C:\\Plain\\Sub");
     builder.Reparse(u"C:\\Link", u"D:\\Store");
     Start();
-    const struct {
-        std::u16string_view given;
-        std::u16string_view location;
-        std::u16string_view real;
-    } cases[] = {
+    const std::tuple<std::u16string_view, std::u16string_view, std::u16string_view> cases[] = {
         {u"C:\\Link\\Tool", u"C:\\Link\\Tool", u"D:\\Store\\Tool"},
         {u"C:\\Plain\\\\Sub\\", u"C:\\Plain\\Sub", u"C:\\Plain\\Sub"},
         {u"\"C:\\Apps\\Tool\\tool.exe\" /x", u"C:\\Apps\\Tool", u"C:\\Apps\\Tool"},
@@ -186,15 +183,15 @@ TEST_F(AppTest, RealLocation_FollowsMountPointsAndNormalises) {
         {u"C:\\", u"", u""},
         {u"C:\\Windows", u"", u""},
     };
-    for (const auto& c : cases) {
+    for (const auto& [given, location, real] : cases) {
         RefPtr<CApp> app = NewApp();
         RefPtr<CApp> below = NewApp();
-        below->pwszInstallLoc = OwnedString(c.given);
+        below->pwszInstallLoc = OwnedString(given);
         CApp* const raw = below.Get();
         app->SubApps.push_back(std::move(below));
         app->ResolveRealLocation();
-        EXPECT_TRUE(raw->pwszInstallLoc.View() == c.location) << OwnedString(c.given).Length();
-        EXPECT_TRUE(raw->pwszRealInstallLoc.View() == c.real) << OwnedString(c.given).Length();
+        EXPECT_TRUE(raw->pwszInstallLoc.View() == location) << OwnedString(given).Length();
+        EXPECT_TRUE(raw->pwszRealInstallLoc.View() == real) << OwnedString(given).Length();
     }
 }
 

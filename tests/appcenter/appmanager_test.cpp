@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <tuple>
 
 #include "appcenter/appeunm/prune.h"
 #include "tests/appcenter/catalogue_support.h"
@@ -109,12 +110,7 @@ TEST_F(AppManagerTest, HasAppOrSubApp_LooksBelowTheApplications) {
 
 TEST_F(AppManagerTest, GetGatheredApp_FailsAsEachArgumentDeserves) {
     m_package->gatherResult = FailQuiet(SmallCode::ShortRead);
-    const struct {
-        const char16_t* key;
-        const char16_t* name;
-        std::uint64_t flags;
-        SmallCode result;
-    } cases[] = {
+    const std::tuple<const char16_t*, const char16_t*, std::uint64_t, SmallCode> cases[] = {
         {nullptr, u"one", 0, SmallCode::BadArgument},
         {u"", u"one", 0, SmallCode::BadArgument},
         {u"absent", nullptr, 0, SmallCode::BadArgument},
@@ -123,9 +119,9 @@ TEST_F(AppManagerTest, GetGatheredApp_FailsAsEachArgumentDeserves) {
         {u"one", nullptr, AppFlags::kStorePackage, SmallCode::GeneralFailure},
         {u"OTTER.notes_1.0_x64", nullptr, AppFlags::kStorePackage, SmallCode::ShortRead},
     };
-    for (const auto& one : cases) {
+    for (const auto& [key, name, flags, result] : cases) {
         IApp* app = nullptr;
-        EXPECT_EQ(Small(m_manager->GetGatheredApp(one.key, one.name, one.flags, &app)), one.result);
+        EXPECT_EQ(Small(m_manager->GetGatheredApp(key, name, flags, &app)), result);
         EXPECT_EQ(app, nullptr);
     }
     EXPECT_EQ(Small(m_manager->GetGatheredApp(u"one", nullptr, 0, nullptr)), SmallCode::BadArgument);

@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <stdexcept>
+#include <tuple>
 
 #include "appcenter/appeunm/displayicon.h"
 #include "appcenter/appeunm/uninstallsource.h"
@@ -47,11 +48,7 @@ class UninstallEntryTest : public CatalogueTest {
 };
 
 TEST(ParseDisplayIcon, PathAndIndex_AreTakenApart) {
-    const struct {
-        std::u16string_view text;
-        std::u16string_view path;
-        std::int32_t index;
-    } cases[] = {
+    const std::tuple<std::u16string_view, std::u16string_view, std::int32_t> cases[] = {
         {u"C:\\Tool\\tool.exe", u"C:\\Tool\\tool.exe", 0},
         {u"C:\\Tool\\tool.exe,3", u"C:\\Tool\\tool.exe", 3},
         {u"\"C:\\Tool\\tool.exe\",-101", u"C:\\Tool\\tool.exe", 101},
@@ -64,10 +61,10 @@ TEST(ParseDisplayIcon, PathAndIndex_AreTakenApart) {
         {u",5", u"", 5},
         {u"\"\"", u"", 0},
     };
-    for (const auto& one : cases) {
-        const DisplayIcon icon = ParseDisplayIcon(one.text);
-        EXPECT_EQ(icon.path, one.path) << testing::PrintToString(one.text);
-        EXPECT_EQ(icon.index, one.index) << testing::PrintToString(one.text);
+    for (const auto& [text, path, index] : cases) {
+        const DisplayIcon icon = ParseDisplayIcon(text);
+        EXPECT_EQ(icon.path, path) << testing::PrintToString(text);
+        EXPECT_EQ(icon.index, index) << testing::PrintToString(text);
     }
 }
 
@@ -86,11 +83,7 @@ TEST_F(UninstallEntryTest, Texts_GoToTheirFieldsWhateverTheirCase) {
 
 // Bytes of another type, length or end than a text should have must neither be read past nor lose the entry.
 TEST_F(UninstallEntryTest, OddTextValues_EndAtTheirFirstZeroOrTheirLength) {
-    const struct {
-        std::uint32_t type;
-        std::string bytes;
-        std::u16string_view name;
-    } cases[] = {
+    const std::tuple<std::uint32_t, std::string, std::u16string_view> cases[] = {
         {kRegSz, "", u""},
         {kRegSz, "A", u"A"},
         {kRegSz, "A\0B\0"s, u"AB"},
@@ -103,12 +96,12 @@ TEST_F(UninstallEntryTest, OddTextValues_EndAtTheirFirstZeroOrTheirLength) {
         {kRegSz, "\x00\xD8\0\0"s, u"\xD800"},
         {kRegNone, TextBytes(std::u16string(40000, u'x')), std::u16string_view()},
     };
-    for (const auto& one : cases) {
-        const CApp& app = AppOf({{u"DisplayName", one.type, one.bytes}});
-        if (one.bytes.size() > 1000) {
+    for (const auto& [type, bytes, name] : cases) {
+        const CApp& app = AppOf({{u"DisplayName", type, bytes}});
+        if (bytes.size() > 1000) {
             EXPECT_EQ(app.pwszName.Length(), 40000U);
         } else {
-            EXPECT_EQ(app.pwszName.View(), one.name) << testing::PrintToString(one.bytes);
+            EXPECT_EQ(app.pwszName.View(), name) << testing::PrintToString(bytes);
         }
     }
 }
@@ -131,11 +124,7 @@ TEST_F(UninstallEntryTest, OddValueNames_LoseNoOtherValue) {
 }
 
 TEST_F(UninstallEntryTest, Size_IsKilobytesOrElseBytes) {
-    const struct {
-        std::uint32_t type;
-        std::string bytes;
-        std::int64_t size;
-    } cases[] = {
+    const std::tuple<std::uint32_t, std::string, std::int64_t> cases[] = {
         {kRegDword, "\x00\x08\0\0"s, 2097152},
         {kRegDword, "\xFF\xFF\xFF\xFF"s, 0xFFFFFFFFLL << 10},
         {kRegQword, "\x00\x08\0\0\0\0\0\0"s, 2048},
@@ -144,17 +133,13 @@ TEST_F(UninstallEntryTest, Size_IsKilobytesOrElseBytes) {
         {kRegBinary, "123456789", 0},
         {kRegSz, "", 0},
     };
-    for (const auto& one : cases) {
-        EXPECT_EQ(AppOf({{u"EstimatedSize", one.type, one.bytes}}).llEstimatedSize, one.size)
-            << testing::PrintToString(one.bytes);
+    for (const auto& [type, bytes, size] : cases) {
+        EXPECT_EQ(AppOf({{u"EstimatedSize", type, bytes}}).llEstimatedSize, size) << testing::PrintToString(bytes);
     }
 }
 
 TEST_F(UninstallEntryTest, Flags_TellWhatTheEntryIs) {
-    const struct {
-        Values values;
-        std::uint64_t flags;
-    } cases[] = {
+    const std::pair<Values, std::uint64_t> cases[] = {
         {{}, 0x201},
         {{Word(u"WindowsInstaller", 1)}, 0x205},
         {{Word(u"WindowsInstaller", 2)}, 0x201},
@@ -172,15 +157,13 @@ TEST_F(UninstallEntryTest, Flags_TellWhatTheEntryIs) {
         {{Text(u"ParentDisplayName", u"")}, 0x201},
         {{Text(u"RegistryLocation", u"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Updates\\Suite")}, 0x201},
     };
-    for (const auto& one : cases) {
-        EXPECT_EQ(AppOf(one.values).qwFlags, one.flags) << (one.values.empty() ? "" : one.values[0].bytes);
+    for (const auto& [values, flags] : cases) {
+        EXPECT_EQ(AppOf(values).qwFlags, flags) << (values.empty() ? "" : values[0].bytes);
     }
 }
 
 TEST_F(UninstallEntryTest, Parent_IsTheProductThatTheUpdateBooksName) {
-    const struct {
-        std::u16string_view name, key, location, parent;
-    } cases[] = {
+    const std::tuple<std::u16string_view, std::u16string_view, std::u16string_view, std::u16string_view> cases[] = {
         {u"Suite", u"", u"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Updates\\Runtime\\KB1", u"Runtime"},
         {u"", u"Suite", u"hkey_local_machine\\SOFTWARE\\Microsoft\\Updates\\Runtime", u"Runtime"},
         {u"RUNTIME", u"", u"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Updates\\Runtime", u"RUNTIME"},
@@ -189,10 +172,10 @@ TEST_F(UninstallEntryTest, Parent_IsTheProductThatTheUpdateBooksName) {
         {u"Suite", u"", u"HKEY_CURRENT_USER\\Software\\Microsoft\\Updates\\Runtime", u"Suite"},
         {u"", u"", u"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Updates\\Runtime", u""},
     };
-    for (const auto& one : cases) {
-        const CApp& app = AppOf({Text(u"ParentDisplayName", one.name), Text(u"ParentKeyName", one.key),
-                                 Text(u"RegistryLocation", one.location)});
-        EXPECT_EQ(app.pwszParentDisplayName.View(), one.parent) << testing::PrintToString(one.location);
+    for (const auto& [name, key, location, parent] : cases) {
+        const CApp& app =
+            AppOf({Text(u"ParentDisplayName", name), Text(u"ParentKeyName", key), Text(u"RegistryLocation", location)});
+        EXPECT_EQ(app.pwszParentDisplayName.View(), parent) << testing::PrintToString(location);
     }
 }
 
@@ -206,11 +189,7 @@ TEST_F(UninstallEntryTest, Codes_ComeFromTheKeyNameAndTheList) {
 
     const std::string one = TextBytes(kBraced);
     const std::string two = TextBytes(u"{00020D76-0000-0000-C000-000000000046}");
-    const struct {
-        std::uint32_t type;
-        std::string bytes;
-        std::size_t codes;
-    } cases[] = {
+    const std::tuple<std::uint32_t, std::string, std::size_t> cases[] = {
         {kRegMultiSz, one + two + "\0\0"s, 2},
         {kRegMultiSz, "\0\0"s + one + "\0\0"s + two, 2},
         {kRegMultiSz, one + two.substr(0, two.size() - 2), 2},
@@ -219,9 +198,8 @@ TEST_F(UninstallEntryTest, Codes_ComeFromTheKeyNameAndTheList) {
         {kRegMultiSz, "\0"s, 0},
         {kRegSz, one + two, 1},
     };
-    for (const auto& list : cases) {
-        EXPECT_EQ(AppOf({{u"ProductCodes", list.type, list.bytes}}).RelatedCodes.size(), list.codes)
-            << list.bytes.size();
+    for (const auto& [type, bytes, codes] : cases) {
+        EXPECT_EQ(AppOf({{u"ProductCodes", type, bytes}}).RelatedCodes.size(), codes) << bytes.size();
     }
 }
 

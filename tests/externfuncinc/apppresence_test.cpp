@@ -48,11 +48,7 @@ TEST_F(AppPresenceTest, Entry_IsLookedForInItsRootAndView) {
     builder.Key(u"HKLM\\" + kEntries + u"machine64").Key(u"HKLM\\" + kEntries32 + u"machine32");
     builder.Key(u"HKCU\\" + kEntries + u"user");
     Start();
-    const struct {
-        std::u16string_view key;
-        std::uint64_t flags;
-        bool present;
-    } cases[] = {
+    const std::tuple<std::u16string_view, std::uint64_t, bool> cases[] = {
         {u"machine64", AppFlags::k64BitView, true},
         {u"machine64", 0, false},
         {u"machine32", 0, true},
@@ -63,8 +59,8 @@ TEST_F(AppPresenceTest, Entry_IsLookedForInItsRootAndView) {
         {u"MACHINE32", 0, true},
         {u"absent", AppFlags::k64BitView, false},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(IsPresent(*NewApp(c.key, c.flags)), c.present) << c.key.size() << " " << c.flags;
+    for (const auto& [key, flags, present] : cases) {
+        EXPECT_EQ(IsPresent(*NewApp(key, flags)), present) << key.size() << " " << flags;
     }
 }
 

@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <tuple>
 
 #include "tests/recorded/iconfiles.h"
 #include "tests/support/machinefiles.h"
@@ -273,12 +274,7 @@ TEST_F(RecordedIconsTest, LyingNumbers_GiveNoIcon) {
     const std::size_t groups = layout.resources + 16 + 8;  // the root's entry of the groups
     const auto icons = static_cast<std::size_t>(program.find(std::string_view("(\0\0\0 \0\0\0", 8)));
     ASSERT_NE(icons, std::string::npos);
-    struct Case {
-        const char* name;
-        std::size_t at;
-        std::uint32_t value;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, std::size_t, std::uint32_t> cases[] = {
         {"header behind the end", 60, 0xFFFFFFF0},
         {"no sections", 64 + 6, 0},
         {"optional header that is none", layout.optional, 0x107},
@@ -302,11 +298,11 @@ TEST_F(RecordedIconsTest, LyingNumbers_GiveNoIcon) {
     };
     Place(u"C:\\a.exe", program);
     EXPECT_TRUE(Large(u"C:\\a.exe"));
-    for (const Case& test : cases) {
+    for (const auto& [name, at, value] : cases) {
         std::string broken = program;
-        Put32(broken, test.at, test.value);
+        Put32(broken, at, value);
         Place(u"C:\\a.exe", broken);
-        EXPECT_FALSE(Large(u"C:\\a.exe")) << test.name;
+        EXPECT_FALSE(Large(u"C:\\a.exe")) << name;
     }
 }
 

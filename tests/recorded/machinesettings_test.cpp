@@ -43,11 +43,7 @@ TEST(MachineSettingsText, EverySectionIsRead) {
 }
 
 TEST(MachineSettingsText, FaultsTellTheirLine) {
-    struct Case {
-        const char* text;
-        const char* message;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"a=b\n", "m.ini:1: a key stands in front of the first section"},
         {"[system]\n\narchitecture=arm\n", "m.ini:3: the architecture is x64 or x86, not \"arm\""},
         {"[system]\nversion=10.0\n", "m.ini:2: a version is major.minor.build, not \"10.0\""},
@@ -66,11 +62,11 @@ TEST(MachineSettingsText, FaultsTellTheirLine) {
         {"[system]\n=x\n", "m.ini:2: a key has no name"},
         {"[system]\n; \xFF\n", "m.ini:2: this is not UTF-8"},
     };
-    for (const Case& one : cases) {
+    for (const auto& [text, message] : cases) {
         MachineSettings settings;
-        const SourceStatus status = ReadMachineSettings(one.text, "m.ini", settings);
-        ASSERT_TRUE(status) << one.text;
-        EXPECT_EQ(status->Text(), one.message);
+        const SourceStatus status = ReadMachineSettings(text, "m.ini", settings);
+        ASSERT_TRUE(status) << text;
+        EXPECT_EQ(status->Text(), message);
     }
 }
 

@@ -60,11 +60,7 @@ b"
 )"),
               "");
     const OpenedKey key = Key(u"T");
-    const struct {
-        const char16_t* name;
-        std::uint32_t type;
-        std::string bytes;
-    } rows[] = {
+    const std::tuple<const char16_t*, std::uint32_t, std::string> rows[] = {
         {u"", kRegSz, "d\0e\0f\0a\0u\0l\0t\0\0\0"s},
         {u"text", kRegSz, "C\0:\0\\\0a\0 \0\"\0b\0\"\0\0\0"s},
         {u"two\nlines", kRegSz, "a\0\n\0b\0\0\0"s},
@@ -81,9 +77,9 @@ b"
         {u"driver", 0xFFFF0007U, "\1\2"},
     };
     Names names;
-    for (const auto& row : rows) {
-        EXPECT_EQ(key.Value(row.name), (std::pair{row.type, row.bytes})) << Shown(row.name);
-        names.emplace_back(row.name);
+    for (const auto& [name, type, bytes] : rows) {
+        EXPECT_EQ(key.Value(name), (std::pair{type, bytes})) << Shown(name);
+        names.emplace_back(name);
     }
     EXPECT_EQ(key.ValueNames(), names);
 }
@@ -131,10 +127,7 @@ TEST_F(RegistryTextTest, MalformedLines_AreToldWithFileAndLine) {
     const std::string longKey = "[HKEY_LOCAL_MACHINE\\" + std::string(16383, 'k') + "]";
     std::string deep = "[HKEY_LOCAL_MACHINE";
     for (int i = 0; i < 513; ++i) deep += "\\d";
-    const struct {
-        std::string text;
-        const char* message;
-    } rows[] = {
+    const std::pair<std::string, const char*> rows[] = {
         {"", "x.reg:1: does not begin with \"Windows Registry Editor Version 5.00\""},
         {"REGEDIT4\n", "x.reg:1: is an export of the old version 4, not of version 5.00"},
         {"Windows Registry Editor Version 5.001\n", "x.reg:1: the first line goes on behind the version"},
@@ -167,7 +160,7 @@ TEST_F(RegistryTextTest, MalformedLines_AreToldWithFileAndLine) {
         {key + "\"\xC3\"=-", "x.reg:4: neither UTF-16 with its mark nor valid UTF-8"},
         {"\xFF\xFEW", "x.reg: offset 0x2: UTF-16 text with half a character"},
     };
-    for (const auto& row : rows) EXPECT_EQ(Parse(row.text), row.message);
+    for (const auto& [text, message] : rows) EXPECT_EQ(Parse(text), message);
 }
 
 class RegistryFilesTest : public RegistryTextTest {

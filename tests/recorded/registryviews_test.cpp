@@ -138,18 +138,6 @@ TEST_F(RegistryViewsTest, RootsOutsideOfSoftware_AreSharedAlsoWhereTheyHoldWow64
     }
 }
 
-TEST_F(RegistryViewsTest, MachineWithOneView_IgnoresTheFlags) {
-    RegistryStore store(RegistryLayout::Windows32);
-    RecordedRegistry registry(store);
-    Mark(store, u"HKLM\\SOFTWARE\\Vendor", u"one");
-    Mark(store, u"HKLM\\SOFTWARE\\Wow6432Node\\Vendor", u"decoy");
-    Mark(store, u"HKLM\\SOFTWARE\\Wow6432Node\\Classes\\CLSID", u"stored");
-    for (const std::uint32_t view : {0U, kKeyWow64Key64, kKeyWow64Key32}) {
-        EXPECT_EQ(Seen(registry, kHkeyLocalMachine, u"SOFTWARE\\Vendor", view), u"one");
-        EXPECT_EQ(Seen(registry, kHkeyLocalMachine, u"SOFTWARE\\Wow6432Node\\Classes\\CLSID", view), u"stored");
-    }
-}
-
 TEST_F(RegistryViewsTest, SoftwareInThe32BitView_ListsItsOwnKeysAndTheSharedOnes) {
     for (const char16_t* key : {u"Classes", u"Only64", u"Policies", u"Microsoft\\OLE", u"Microsoft\\Only64",
                                 u"Wow6432Node\\Vendor", u"Wow6432Node\\Microsoft\\Only32", u"Wow6432Node\\Clients"}) {
@@ -182,11 +170,7 @@ TEST_F(RegistryViewsTest, HandleRemembersItsView_AndAFlagOverridesIt) {
 }
 
 TEST_F(RegistryViewsTest, KeysMadeThroughTheViews_StandWhereWindowsKeepsThem) {
-    const struct {
-        KeyHandle root;
-        const char16_t* path;
-        const char16_t* stored;
-    } rows[] = {
+    const std::tuple<KeyHandle, const char16_t*, const char16_t*> rows[] = {
         {kHkeyLocalMachine, u"SOFTWARE\\New\\Deep", u"HKLM\\SOFTWARE\\Wow6432Node\\New\\Deep"},
         {kHkeyLocalMachine, u"SOFTWARE\\Policies\\New", u"HKLM\\SOFTWARE\\Policies\\New"},
         {kHkeyLocalMachine, u"SOFTWARE\\Microsoft\\OLE\\New", u"HKLM\\SOFTWARE\\Microsoft\\OLE\\New"},
@@ -202,14 +186,14 @@ TEST_F(RegistryViewsTest, KeysMadeThroughTheViews_StandWhereWindowsKeepsThem) {
         {kHkeyCurrentConfig, u"Software\\New",
          u"HKLM\\SYSTEM\\CurrentControlSet\\Hardware Profiles\\Current\\Software\\New"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(Shown(row.path));
+    for (const auto& [root, path, stored] : rows) {
+        SCOPED_TRACE(Shown(path));
         KeyHandle key = 0;
-        EXPECT_FALSE(m_store.HasKey(row.stored));
-        ASSERT_EQ(m_registry.CreateKey(row.root, row.path, kKeyAllAccess | kKeyWow64Key32, key), kErrorSuccess);
-        EXPECT_TRUE(m_store.HasKey(row.stored));
+        EXPECT_FALSE(m_store.HasKey(stored));
+        ASSERT_EQ(m_registry.CreateKey(root, path, kKeyAllAccess | kKeyWow64Key32, key), kErrorSuccess);
+        EXPECT_TRUE(m_store.HasKey(stored));
         m_registry.CloseKey(key);
-        EXPECT_EQ(m_registry.OpenKey(row.root, row.path, kKeyRead | kKeyWow64Key32, key), kErrorSuccess);
+        EXPECT_EQ(m_registry.OpenKey(root, path, kKeyRead | kKeyWow64Key32, key), kErrorSuccess);
         m_registry.CloseKey(key);
     }
 }

@@ -56,11 +56,7 @@ TEST_F(RegistryWineTest, EveryFormOfAValue_ComesOutWithItsTypeAndBytes) {
     EXPECT_EQ(key.Text(u"escapes"), std::u16string(u"\u03A9\xD83D\xDE00\u00E9"
                                                    u"1\0A\0"
                                                    u"12\t\x1B\xD800"sv));
-    const struct {
-        const char16_t* name;
-        std::uint32_t type;
-        std::string bytes;
-    } rows[] = {
+    const std::tuple<const char16_t*, std::uint32_t, std::string> rows[] = {
         {u"expand", kRegExpandSz, "%\0a\0%\0\0\0"s},
         {u"multi", kRegMultiSz,
          "a\0\0\0"
@@ -74,7 +70,7 @@ TEST_F(RegistryWineTest, EveryFormOfAValue_ComesOutWithItsTypeAndBytes) {
         {u"qword", kRegQword, "\1\0\0\0\0\0\0\x80"s},
         {u"driver", 0xFFFF0007U, "\1"},
     };
-    for (const auto& row : rows) EXPECT_EQ(key.Value(row.name), (std::pair{row.type, row.bytes})) << Shown(row.name);
+    for (const auto& [name, type, bytes] : rows) EXPECT_EQ(key.Value(name), (std::pair{type, bytes})) << Shown(name);
 }
 
 TEST_F(RegistryWineTest, KeyNames_AreUnescapedAndSplitAtBackslashes) {
@@ -112,12 +108,7 @@ TEST_F(RegistryWineTest, ViewsOfA64BitPrefix_FollowWow6432NodeAndTheLinks) {
               "");
     ASSERT_EQ(Parse(kUser + "[Software\\\\Vendor]\n@=\"user\"\n[Software\\\\Classes\\\\.user]\n@=\"user\"\n"), "");
     EXPECT_EQ(m_store.Layout(), RegistryLayout::Wine64);
-    const struct {
-        KeyHandle root;
-        const char16_t* path;
-        const char16_t* native;
-        const char16_t* wow;
-    } rows[] = {
+    const std::tuple<KeyHandle, const char16_t*, const char16_t*, const char16_t*> rows[] = {
         {kHkeyLocalMachine, u"Software\\Vendor", u"native", u"wow"},
         {kHkeyLocalMachine, u"Software\\Policies\\a", u"shared", u"shared"},
         {kHkeyLocalMachine, u"Software\\Wow6432Node\\Vendor", u"wow", u"wow"},
@@ -132,9 +123,9 @@ TEST_F(RegistryWineTest, ViewsOfA64BitPrefix_FollowWow6432NodeAndTheLinks) {
         {kHkeyCurrentUser, u"Software\\Vendor", u"user", u"user"},
         {kHkeyUsers, u"S-1-5-21-0-0-0-1000\\Software\\Vendor", u"user", u"user"},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(Seen(row.root, row.path, kKeyWow64Key64), row.native) << Shown(row.path);
-        EXPECT_EQ(Seen(row.root, row.path, kKeyWow64Key32), row.wow) << Shown(row.path);
+    for (const auto& [root, path, native, wow] : rows) {
+        EXPECT_EQ(Seen(root, path, kKeyWow64Key64), native) << Shown(path);
+        EXPECT_EQ(Seen(root, path, kKeyWow64Key32), wow) << Shown(path);
     }
     const OpenedKey software(m_registry, kHkeyLocalMachine, u"Software", kKeyRead | kKeyWow64Key32);
     EXPECT_EQ(software.Subkeys(), (Names{u"Classes", u"Policies", u"Vendor"}));
@@ -145,10 +136,7 @@ TEST_F(RegistryWineTest, ViewsOfA64BitPrefix_FollowWow6432NodeAndTheLinks) {
 
 TEST_F(RegistryWineTest, MalformedLines_AreToldWithFileAndLine) {
     const std::string key = kMachine + "[T] 1\n";
-    const struct {
-        std::string text;
-        const char* message;
-    } rows[] = {
+    const std::pair<std::string, const char*> rows[] = {
         {"", "x.reg:1: does not begin with \"WINE REGISTRY Version 2\""},
         {"WINE REGISTRY Version 1\n", "x.reg:1: does not begin with \"WINE REGISTRY Version 2\""},
         {"WINE REGISTRY Version 2\n\n[T]\n", "x.reg:3: does not say to which key its keys belong"},
@@ -173,7 +161,7 @@ TEST_F(RegistryWineTest, MalformedLines_AreToldWithFileAndLine) {
         {key + "\"a\"=hex:01 02\n", "x.reg:7: hexadecimal data without a comma between two bytes"},
         {key + "\"a\"=hex:01,\n", "x.reg:7: hexadecimal data that ends with a comma"},
     };
-    for (const auto& row : rows) EXPECT_EQ(Parse(row.text), row.message);
+    for (const auto& [text, message] : rows) EXPECT_EQ(Parse(text), message);
 }
 
 TEST_F(RegistryWineTest, Prefix_NeedsSystemRegAndSaysWhatIsMissing) {

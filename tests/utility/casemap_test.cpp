@@ -63,15 +63,12 @@ TEST(CaseMap, TextsThatDifferAtOnePosition_CompareByThatLetterAlone) {
     }
 }
 
-TEST(CaseMap, BordersOfTheAsciiLetters_AreNotFolded) {
+TEST(CaseMap, CharactersAroundTheAsciiLetters_AreNotFoldedAndOrderDifferentlyInTheTwoOrders) {
     for (const char16_t* pair : {u"@`", u"[{", u"\\|", u"^~", u"\u0000\u0020"}) {
         const std::u16string left(8, pair[0]);
         const std::u16string right(8, pair[1]);
         EXPECT_FALSE(EqualsNoCase(left, right));
     }
-}
-
-TEST(CaseMap, CharactersBetweenTheLetterCases_OrderDifferentlyInTheTwoOrders) {
     // '_' stands between the upper and the lower-case letters.
     EXPECT_TRUE(CompareNoCase(u"_", u"A") < 0);
     EXPECT_TRUE(CompareFolded(u"_", u"a") > 0);

@@ -15,10 +15,7 @@ TEST_F(CommandPathsTest, CommandLine_GivesItsProgramOrNothing) {
     builder.File(u"C:\\Windows\\System32\\MsiExec.exe").File(u"C:\\Windows\\System32\\rundll32.exe");
     builder.Short(u"C:\\Windows\\System32\\MsiExec.exe", u"C:\\Windows\\System32\\other.exe");
     Start();
-    const struct {
-        const char16_t* commandLine;
-        const char16_t* path;
-    } cases[] = {
+    const std::pair<const char16_t*, const char16_t*> cases[] = {
         {nullptr, nullptr},
         {u"", nullptr},
         {u"   ", nullptr},
@@ -48,12 +45,12 @@ TEST_F(CommandPathsTest, CommandLine_GivesItsProgramOrNothing) {
         {u"\"C:\\Program Files\\Tool\" -x  uninst.exe", u"C:\\Program Files\\Tool\\uninst.exe"},
         {u"C:\\Program Files\\Tool uninst.exe", nullptr},
     };
-    for (const auto& c : cases) {
-        const CommandPaths paths(c.commandLine);
-        const std::u16string_view expected = c.path != nullptr ? c.path : u"";
-        const std::u16string_view line = c.commandLine != nullptr ? c.commandLine : u"null";
+    for (const auto& [commandLine, path] : cases) {
+        const CommandPaths paths(commandLine);
+        const std::u16string_view expected = path != nullptr ? path : u"";
+        const std::u16string_view line = commandLine != nullptr ? commandLine : u"null";
         const std::string shown(line.begin(), line.end());
-        ASSERT_EQ(paths.First() != nullptr, c.path != nullptr) << shown;
+        ASSERT_EQ(paths.First() != nullptr, path != nullptr) << shown;
         EXPECT_EQ(std::u16string_view(paths.First() != nullptr ? paths.First() : u""), expected) << shown;
         EXPECT_EQ(paths.First(), paths.Last());
     }

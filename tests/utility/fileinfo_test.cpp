@@ -1,6 +1,7 @@
 #include "utility/fileinfo.h"
 
 #include <string>
+#include <tuple>
 
 #include "tests/support/machinetest.h"
 #include "utility/stringcontainers.h"
@@ -43,18 +44,14 @@ TEST_F(FileInfoTest, IniKeys_StopAtAHundredAndAtTheLargestFile) {
     builder.File(u"C:\\i\\largest.ini", few + std::string(0x100000 - few.size(), ';'));
     builder.File(u"C:\\i\\larger.ini", few + std::string(0x100001 - few.size(), ';'));
     Start();
-    const struct {
-        const char16_t* folder;
-        const char16_t* file;
-        bool found;
-    } cases[] = {
+    const std::tuple<const char16_t*, const char16_t*, bool> cases[] = {
         {u"C:\\i", u"few.ini", true},     {u"C:\\i\\", u"few.ini", true},  {u"C:\\i", u"largest.ini", true},
         {u"C:\\i", u"larger.ini", false}, {u"C:\\i", u"empty.ini", false}, {u"C:\\i", u"none.ini", false},
     };
-    for (const auto& c : cases) {
+    for (const auto& [folder, file, found] : cases) {
         CStringSet keys;
-        EXPECT_EQ(ReadIniKeys(c.folder, c.file, u"S", keys), c.found);
-        EXPECT_EQ(keys.Contains(u"one"), c.found);
+        EXPECT_EQ(ReadIniKeys(folder, file, u"S", keys), found);
+        EXPECT_EQ(keys.Contains(u"one"), found);
         EXPECT_FALSE(keys.Contains(u"x"));
     }
     CStringSet keys;

@@ -63,10 +63,7 @@ using Log = MachineTest;
 using Lines = std::vector<std::u16string>;
 
 TEST(LogName, HostNameThatIsAPieceOfTheProducts_SharesItsFile) {
-    struct Row {
-        std::u16string_view executable, name;
-    };
-    const Row rows[] = {
+    const std::pair<std::u16string_view, std::u16string_view> rows[] = {
         {u"C:\\P\\Wayferry.exe", u"morrowWayferry.log"},
         {u"C:\\P\\Way.exe", u"morrowWayferry.log"},
         {u"ferry", u"morrowWayferry.log"},
@@ -76,10 +73,10 @@ TEST(LogName, HostNameThatIsAPieceOfTheProducts_SharesItsFile) {
         {u"C:/my.folder/tool", u"morrowWayferry_tool.log"},
         {u"C:\\P\\a.b.exe", u"morrowWayferry_a.b.log"},
     };
-    for (const Row& row : rows) {
+    for (const auto& [executable, name] : rows) {
         FixedText<260> path;
-        log_detail::NameFile(u"C:\\T\\", row.executable, path);
-        EXPECT_EQ(path.View(), std::u16string(u"C:\\T\\").append(row.name));
+        log_detail::NameFile(u"C:\\T\\", executable, path);
+        EXPECT_EQ(path.View(), std::u16string(u"C:\\T\\").append(name));
     }
     // A relative path, or one that was cut, would name a file somewhere else.
     for (const std::u16string& folder : {std::u16string(), std::u16string(236, u'd') + u"\\"}) {

@@ -24,10 +24,7 @@ TEST_F(MountPointsTest, Path_FollowsEveryMountPointInIt) {
     builder.Reparse(u"C:\\ping", u"C:\\pong").Reparse(u"C:\\pong", u"C:\\ping").Reparse(u"E:\\fat\\l", u"D:\\real");
     builder.Folder(u"C:\\linked").Reparse(u"C:\\a\\long\\way\\in", u"D:\\r\\er").Reparse(u"C:\\in2", u"D:\\r\\er");
     Start();
-    const struct {
-        const char16_t* path;
-        const char16_t* result;
-    } cases[] = {
+    const std::pair<const char16_t*, const char16_t*> cases[] = {
         {u"C:\\link", u"+D:\\real"},
         {u"c:\\LINK\\sub\\file.txt", u"+D:\\real\\sub\\file.txt"},
         {u"C:\\link\\sub\\next\\x", u"+D:\\deep\\er\\x"},
@@ -46,8 +43,8 @@ TEST_F(MountPointsTest, Path_FollowsEveryMountPointInIt) {
         {u"", u"-untouched"},
         {u"\\\\server\\share\\x", u"-untouched"},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(Resolve(c.path), c.result) << std::string(c.path, c.path + std::u16string_view(c.path).size());
+    for (const auto& [path, result] : cases) {
+        EXPECT_EQ(Resolve(path), result) << std::string(path, path + std::u16string_view(path).size());
     }
 }
 

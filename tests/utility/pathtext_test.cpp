@@ -1,6 +1,7 @@
 #include "utility/pathtext.h"
 
 #include <string>
+#include <tuple>
 
 #include "tests/support/machinetest.h"
 
@@ -71,10 +72,7 @@ TEST_F(PathTextTest, ExpandPath_GivesTheLongFormOrLeavesTheString) {
     Start();
     const std::u16string tooLong = u"C:\\" + std::u16string(517, u'x');
     const std::u16string longest = u"C:\\" + std::u16string(516, u'x');
-    const struct {
-        std::u16string text;
-        std::u16string expanded;
-    } cases[] = {
+    const std::pair<std::u16string, std::u16string> cases[] = {
         {u"\"%TOOLS%\\a.exe\" /S", u"C:\\Program Files\\Long Name\\a.exe"},
         {u"C:\\PROGRA~1\\LONGNA~1\\a.exe", u"C:\\Program Files\\Long Name\\a.exe"},
         {u"C:\\None\\\\x\\", u"C:\\None\\x"},
@@ -86,10 +84,10 @@ TEST_F(PathTextTest, ExpandPath_GivesTheLongFormOrLeavesTheString) {
         {tooLong + u"\\", tooLong + u"\\"},
         {u"%TOOLS%\\a.exe" + std::u16string(32767, u' ') + u"/S", u"C:\\Program Files\\Long Name\\a.exe"},
     };
-    for (const auto& c : cases) {
-        OwnedString path(c.text);
+    for (const auto& [text, expanded] : cases) {
+        OwnedString path(text);
         ExpandPath(path);
-        EXPECT_EQ(path.View(), c.expanded) << Narrow(c.text.substr(0, 60));
+        EXPECT_EQ(path.View(), expanded) << Narrow(text.substr(0, 60));
     }
     OwnedString null;
     ExpandPath(null);
@@ -100,12 +98,7 @@ TEST_F(PathTextTest, ExpandPath_GivesTheLongFormOrLeavesTheString) {
 TEST_F(PathTextTest, LongAndShortForm_ThatDoNotFitLeaveNothing) {
     builder.File(u"C:\\Folder\\file.txt").Short(u"C:\\Folder", u"C:\\F");
     Start();
-    const struct {
-        const char16_t* source;
-        std::size_t size;
-        const char16_t* longForm;
-        const char16_t* shortForm;
-    } cases[] = {
+    const std::tuple<const char16_t*, std::size_t, const char16_t*, const char16_t*> cases[] = {
         {u"C:\\Folder\\file.txt", 20, u"C:\\Folder\\file.txt", u"C:\\F\\file.txt"},
         {u"C:\\Folder\\file.txt", 19, u"C:\\Folder\\file.txt", u"C:\\F\\file.txt"},
         {u"C:\\Folder\\file.txt", 18, u"", u"C:\\F\\file.txt"},
@@ -114,15 +107,15 @@ TEST_F(PathTextTest, LongAndShortForm_ThatDoNotFitLeaveNothing) {
         {u"C:\\None\\x", 10, u"C:\\None\\x", u"C:\\None\\x"},
         {u"C:\\None\\x", 9, u"", u""},
     };
-    for (const auto& c : cases) {
+    for (const auto& [source, size, longForm, shortForm] : cases) {
         char16_t target[24];
         std::fill(std::begin(target), std::end(target), u'#');
-        GetLongPath(c.source, target, c.size);
-        EXPECT_STREQ(Narrow(target).c_str(), Narrow(c.longForm).c_str()) << c.size;
-        EXPECT_EQ(target[c.size], u'#');
-        GetShortPath(c.source, target, c.size);
-        EXPECT_STREQ(Narrow(target).c_str(), Narrow(c.shortForm).c_str()) << c.size;
-        EXPECT_EQ(target[c.size], u'#');
+        GetLongPath(source, target, size);
+        EXPECT_STREQ(Narrow(target).c_str(), Narrow(longForm).c_str()) << size;
+        EXPECT_EQ(target[size], u'#');
+        GetShortPath(source, target, size);
+        EXPECT_STREQ(Narrow(target).c_str(), Narrow(shortForm).c_str()) << size;
+        EXPECT_EQ(target[size], u'#');
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "utility/bufarray.h"
@@ -94,11 +95,7 @@ TEST(CopyBounded, SourcesAroundTheSize_CutToTheArray) {
 }
 
 TEST(NoCaseSearch, EndingsAndParts_AreFoundInAnyCaseAndEmptyTextsNever) {
-    struct Row {
-        std::u16string_view text, part;
-        bool contains, ends;
-    };
-    const Row rows[] = {
+    const std::tuple<std::u16string_view, std::u16string_view, bool, bool> rows[] = {
         {u"Setup.EXE", u".exe", true, true},
         {u"Setup.EXE", u"SETUP", true, false},
         {u"exe", u".exe", false, false},
@@ -110,9 +107,9 @@ TEST(NoCaseSearch, EndingsAndParts_AreFoundInAnyCaseAndEmptyTextsNever) {
         {u"abc", u"ABC", true, true},
         {u"xabcx", u"bx", false, false},
     };
-    for (const Row& row : rows) {
-        EXPECT_EQ(ContainsNoCase(row.text, row.part), row.contains) << ToUtf8(row.text);
-        EXPECT_EQ(EndsWithNoCase(row.text, row.part), row.ends) << ToUtf8(row.text);
+    for (const auto& [text, part, contains, ends] : rows) {
+        EXPECT_EQ(ContainsNoCase(text, part), contains) << ToUtf8(text);
+        EXPECT_EQ(EndsWithNoCase(text, part), ends) << ToUtf8(text);
     }
 }
 

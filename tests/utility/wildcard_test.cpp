@@ -4,6 +4,7 @@
 
 #include <random>
 #include <string>
+#include <tuple>
 
 namespace roundup {
 namespace {
@@ -66,15 +67,11 @@ TEST(WildcardTest, RandomSearches_FindTheFirstPlace) {
 }
 
 TEST(WildcardTest, CaseBeyondAscii_FoldsBetweenTheStarsAlone) {
-    const struct {
-        View text;
-        View pattern;
-        bool matches;
-    } cases[] = {
+    const std::tuple<View, View, bool> cases[] = {
         {u"x\u00E9y", u"*\u00C9*", true}, {u"\u00E9y", u"\u00C9*", false},    {u"y\u00E9", u"*\u00C9", false},
         {u"\u00E9", u"\u00C9", false},    {u"SETUP.exe", u"setup.EXE", true}, {u"a[", u"A{", false},
     };
-    for (const auto& c : cases) EXPECT_EQ(WildMatch(c.text, c.pattern, false), c.matches);
+    for (const auto& [text, pattern, matches] : cases) EXPECT_EQ(WildMatch(text, pattern, false), matches);
 }
 
 // Tried by backtracking this one would not end.
