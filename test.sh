@@ -156,8 +156,11 @@ run_fuzz() {
 }
 
 wine_started=no
+# The prefix of the sample, with Windows 10 and real packages in it: the program's tests meet what installers leave.
 start_wine() {
-    export WINEPREFIX=$scratch/wine WINEARCH=win64 WINEDEBUG=-all
+    [[ -d $scratch/sample ]] || tools/make-sample.sh --prefix "$scratch/sample" || return
+    # The user whose profile it has.
+    export WINEPREFIX=$scratch/sample USER=sample LOGNAME=sample WINEDEBUG=-all
     # Neither .NET nor a browser is wanted, and Wine would ask a person whether to download them.
     export WINEDLLOVERRIDES='mscoree,mshtml='
     if command -v Xvfb >/dev/null; then
@@ -170,19 +173,32 @@ start_wine() {
         export DISPLAY=:$(cat "$scratch/display")
     fi
     wine_started=yes
-    timeout 180 wineboot --init && wineserver -w
+    timeout 180 wine cmd /c ver && wineserver -w
+}
+
+# Stripped, as it is shipped.
+check_size() {
+    local cpu=x86_64
+    [[ $1 == mingw32 ]] && cpu=i686
+    $cpu-w64-mingw32-strip -o "$scratch/stripped.dll" "build/$1/bin/Roundup.dll" || return
+    echo "$(stat -c %s "$scratch/stripped.dll") bytes"
+    (($(stat -c %s "$scratch/stripped.dll") < 3000000))
 }
 
 run_windows() {
-    local preset bits
-    step wine/prefix start_wine
+    local preset built=()
     for preset in mingw64 mingw32; do
-        build $preset || continue
-        run_binaries $preset wine
-        if [[ -f build/$preset/bin/Roundup.dll ]]; then
-            step $preset/exports tools/check-exports build/$preset/bin/Roundup.dll
-            step $preset/uninstall tools/check-uninstall build/$preset/bin
-        fi
+        build "$preset" && built+=("build/$preset")
+    done
+    step wine/prefix start_wine || return
+    # Before the tests leave anything there.
+    [[ -x build/release/bin/roundup ]] || build release
+    step wine/compare tools/check-windows build/release/bin/roundup "$WINEPREFIX" "${built[@]/%//bin/roundup.exe}"
+    for preset in "${built[@]#build/}"; do
+        run_binaries "$preset" wine
+        step "$preset/exports" tools/check-exports "build/$preset/bin/Roundup.dll"
+        step "$preset/size" check_size "$preset"
+        step "$preset/uninstall" tools/check-uninstall "build/$preset/bin"
     done
 }
 

@@ -40,6 +40,9 @@ if(WIN32)
     # Windows 10 is the oldest system that the live machine supports.
     target_compile_definitions(roundup_options INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN
                                                          _WIN32_WINNT=0x0A00 WINVER=0x0A00)
+    # The linker leaves out what nothing reaches: the module carries the whole of the layers in its archives.
+    target_compile_options(roundup_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-ffunction-sections> $<$<COMPILE_LANGUAGE:CXX>:-fdata-sections>)
+    target_link_options(roundup_options INTERFACE -Wl,--gc-sections)
     # The records of roundup.h hold char16_t in everything that becomes one program; hosts of the DLL see wchar_t.
     target_compile_definitions(roundup_options INTERFACE ROUNDUP_TEXT_CHAR16)
 endif()

@@ -58,6 +58,8 @@ class IFileSource {
     virtual Win32Error GetSize(std::u16string_view file, std::uint64_t& size) = 0;
     virtual Win32Error Open(std::u16string_view file, std::unique_ptr<IFileStream>& stream) = 0;
     virtual Win32Error ReadLink(std::u16string_view link, LinkTarget& target) = 0;
+    // True when every long name has a short one that follows from it (wineshortname.h).
+    virtual bool HasWineShortNames() const noexcept { return false; }
 };
 
 }  // namespace roundup

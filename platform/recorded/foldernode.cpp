@@ -4,6 +4,7 @@
 
 #include "platform/filesystem.h"
 #include "platform/recorded/folderlisting.h"
+#include "platform/recorded/wineshortname.h"
 
 namespace roundup {
 
@@ -60,12 +61,26 @@ FolderNode::Changes& FolderNode::ChangesForWriting() {
     return *changes.release();
 }
 
+// A name that is not there may be the short one of a name that is; only in these sources is it worth a look at all.
+FileEntry* FolderNode::FindListed(std::u16string_view name) {
+    if (FileEntry* found = Listed().Find(name)) return found;
+    if (!LooksLikeWineShortName(name) || m_source == nullptr || !m_source->HasWineShortNames()) return nullptr;
+    for (FileEntry& entry : Listed().Entries()) {
+        if (EqualsNoCase(WineShortName(entry.name), name)) return &entry;
+    }
+    return nullptr;
+}
+
 FileEntry* FolderNode::FindLocked(const Changes& changes, std::u16string_view name) {
     if (const auto shortName = changes.shortNames.find(name); shortName != changes.shortNames.end()) {
         name = shortName->second;
     }
     if (const auto change = changes.names.find(name); change != changes.names.end()) return change->second.get();
-    return Listed().Find(name);
+    FileEntry* const listed = FindListed(name);
+    // Found by its short name, it may have been written over or deleted.
+    if (listed == nullptr || EqualsNoCase(listed->name, name)) return listed;
+    const auto change = changes.names.find(listed->name);
+    return change != changes.names.end() ? change->second.get() : listed;
 }
 
 FileEntry* FolderNode::Find(std::u16string_view name, Win32Error& error) {
@@ -74,7 +89,7 @@ FileEntry* FolderNode::Find(std::u16string_view name, Win32Error& error) {
         const std::shared_lock guard(changes->lock);
         found = FindLocked(*changes, name);
     } else {
-        found = Listed().Find(name);
+        found = FindListed(name);
     }
     if (found == nullptr) error = Listed().Error() != kErrorSuccess ? Listed().Error() : kErrorFileNotFound;
     return found;
@@ -132,6 +147,11 @@ bool FolderNode::Remove(const FileEntry& entry) {
     if (Listed().Find(name) == nullptr) changes.names.erase(name);
     NamesChanged();
     return true;
+}
+
+std::u16string FolderNode::ShortNameOf(const FileEntry& entry) const {
+    if (entry.extras && !entry.extras->shortName.empty()) return entry.extras->shortName;
+    return m_source != nullptr && m_source->HasWineShortNames() ? WineShortName(entry.name) : std::u16string();
 }
 
 void FolderNode::AddShortName(std::u16string_view shortName, FileEntry& entry) {

@@ -80,6 +80,8 @@ class FolderNode {
     // The entry is no longer found; false when another one has taken its place meanwhile.
     bool Remove(const FileEntry& entry);
     void AddShortName(std::u16string_view shortName, FileEntry& entry);
+    // Empty for an entry of this folder that has none.
+    std::u16string ShortNameOf(const FileEntry& entry) const;
 
     // What lies in this folder is what lies in a real one. Set before the machine is used.
     void Map(MappedFolder* mapped) noexcept {
@@ -109,6 +111,7 @@ class FolderNode {
     const Listing& Listed();
     Changes& ChangesForWriting();
     FileEntry* FindLocked(const Changes& changes, std::u16string_view name);
+    FileEntry* FindListed(std::u16string_view name);
 
     inline static std::atomic<std::uint64_t> s_namesVersion{1};
 

@@ -118,9 +118,10 @@ bool RecordedFileSystem::Step(OpenFind& find, FindData& data) {
     }
     while (find.next < find.entries.size()) {
         FileEntry& entry = *find.entries[find.next++];
-        const bool byShortName =
-            entry.extras && !entry.extras->shortName.empty() && find.mask.Matches(entry.extras->shortName);
-        if (!byShortName && !find.mask.Matches(entry.name)) continue;
+        if (!find.mask.Matches(entry.name)) {
+            const std::u16string shortName = entry.parent != nullptr ? entry.parent->ShortNameOf(entry) : u"";
+            if (shortName.empty() || !find.mask.Matches(shortName)) continue;
+        }
         Fill(data, entry.name, m_tree.AttributesOf(entry), m_tree.SizeOf(entry));
         return true;
     }

@@ -67,7 +67,7 @@ Win32Error RecordedFileSystem::PartNames(const WinPath& path, Form form, std::ve
         if (form == Form::Long) {
             names.emplace_back(entry->name);
         } else {
-            names.emplace_back(entry->extras ? entry->extras->shortName : std::u16string());
+            names.push_back(entry->parent != nullptr ? entry->parent->ShortNameOf(*entry) : std::u16string());
         }
     }
     if (found.mapped == nullptr) return kErrorSuccess;

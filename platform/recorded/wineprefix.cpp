@@ -77,7 +77,7 @@ SourceStatus LoadWineSource(const std::shared_ptr<HostFolder>& folder, const Ope
         return WrongUser(folder->Path(), options.user, parts.settings.user);
     }
     parts.registryEnvironment = true;
-    parts.files = std::make_unique<DiskSource>(folder);
+    parts.files = std::make_unique<DiskSource>(folder, true);
     FindDrives(*folder, parts);
     return std::nullopt;
 }

@@ -19,6 +19,9 @@ class SystemContract : public ContractTest {
     }
 };
 
+// What asks for nothing that a test would have to put there.
+class ProcessContract : public ContractTest {};
+
 TEST_P(SystemContract, Version_FillsRecordsOfBothSizes) {
     ISystem& system = StartKind().System();
     for (const std::uint32_t size : {284U, 276U}) {
@@ -93,7 +96,7 @@ TEST_P(SystemContract, Places_AreThoseOfTheProcess) {
     EXPECT_EQ(machine.Files().GetAttributes(folder.c_str()), 0x10U);
 }
 
-TEST_P(SystemContract, Guids_AreRandomOfVersion4) {
+TEST_P(ProcessContract, Guids_AreRandomOfVersion4) {
     ISystem& system = StartKind().System();
     std::set<std::string> seen;
     for (int i = 0; i < 100; ++i) {
@@ -106,7 +109,7 @@ TEST_P(SystemContract, Guids_AreRandomOfVersion4) {
     EXPECT_EQ(seen.size(), 100U);
 }
 
-TEST_P(SystemContract, Mutex_KeepsOtherThreadsOutAndIsRecursive) {
+TEST_P(ProcessContract, Mutex_KeepsOtherThreadsOutAndIsRecursive) {
     ISystem& system = StartKind().System();
     const MutexHandle mutex = system.OpenMutex(u"roundup-contract", true);
     const MutexHandle same = system.OpenMutex(u"roundup-contract", false);
@@ -133,7 +136,7 @@ TEST_P(SystemContract, Mutex_KeepsOtherThreadsOutAndIsRecursive) {
     EXPECT_FALSE(system.LockMutex(mutex, 0));
 }
 
-TEST_P(SystemContract, ThreadNumbersAndClock_AreOfThisProcess) {
+TEST_P(ProcessContract, ThreadNumbersAndClock_AreOfThisProcess) {
     ISystem& system = StartKind().System();
     std::uint32_t elsewhere = 0;
     std::thread([&] { elsewhere = system.GetThreadNumber(); }).join();
@@ -155,6 +158,8 @@ TEST_P(SystemContract, Processes_CannotBeStarted) {
 
 INSTANTIATE_TEST_SUITE_P(Machines, SystemContract,
                          ::testing::Values(MachineKind::InMemory, MachineKind::RecordedFolder), KindName);
+
+INSTANTIATE_TEST_SUITE_P(Machines, ProcessContract, ::testing::ValuesIn(AllMachineKinds()), KindName);
 
 }  // namespace
 }  // namespace roundup

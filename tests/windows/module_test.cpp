@@ -1,0 +1,99 @@
+#include <algorithm>
+#include <atomic>
+#include <thread>
+
+#include "tests/windows/modulehost.h"
+
+namespace roundup {
+namespace {
+
+bool Has(const std::vector<std::u16string>& keys, const char16_t* key) {
+    return std::find(keys.begin(), keys.end(), key) != keys.end();
+}
+
+DWORD HandleCount() {
+    DWORD count = 0;
+    EXPECT_TRUE(::GetProcessHandleCount(::GetCurrentProcess(), &count));
+    return count;
+}
+
+int ThreadCount() {
+    const OwnedFile snapshot(::CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
+    THREADENTRY32 entry{};
+    entry.dwSize = sizeof entry;
+    int count = 0;
+    for (BOOL more = ::Thread32First(snapshot.Get(), &entry); more; more = ::Thread32Next(snapshot.Get(), &entry)) {
+        if (entry.th32OwnerProcessID == ::GetCurrentProcessId()) ++count;
+    }
+    return count;
+}
+
+// Views and files of the module would keep its folder and its log busy, handles and threads are counted.
+TEST(Module, LoadAndUnload_LeaveNothingBehind) {
+    const ScratchEntry entry(L"RoundupModuleTest");
+    const auto cycle = [] {
+        {
+            const LoadedModule module;
+            EXPECT_TRUE(Has(module.Load(), u"RoundupModuleTest"));
+            EXPECT_TRUE(Has(module.Load(), u"RoundupModuleTest"));
+        }
+        EXPECT_EQ(::GetModuleHandleW(L"Roundup.dll"), nullptr);
+    };
+    // What the system's own libraries open once for the process is open after the first rounds.
+    for (int i = 0; i < 2; ++i) cycle();
+    const DWORD handles = HandleCount();
+    const int threads = ThreadCount();
+    for (int i = 0; i < 4; ++i) cycle();
+    EXPECT_LE(HandleCount(), handles);
+    EXPECT_LE(ThreadCount(), threads);
+}
+
+TEST(Module, UnloadWithoutUse_IsQuiet) {
+    for (int i = 0; i < 3; ++i) {
+        { const LoadedModule module; }
+        EXPECT_EQ(::GetModuleHandleW(L"Roundup.dll"), nullptr);
+    }
+}
+
+// A second thread makes and deletes entries for as long as the loads run: what stands still is found every time.
+TEST(Module, RegistryThatChangesDuringTheWalk_LosesNothingThatStays) {
+    const ScratchEntry first(L"AaRoundupStays"), last(L"ZzRoundupStays");
+    const LoadedModule module;
+    std::atomic<bool> stop{false};
+    std::atomic<int> rounds{0};
+    std::thread changer([&] {
+        for (; !stop; ++rounds) {
+            const ScratchEntry one(L"MmRoundupComes"), two(L"NnRoundupComes" + std::to_wstring(rounds % 7));
+        }
+    });
+    for (int i = 0; i < 10; ++i) {
+        const std::vector<std::u16string> keys = module.Load();
+        EXPECT_TRUE(Has(keys, u"AaRoundupStays"));
+        EXPECT_TRUE(Has(keys, u"ZzRoundupStays"));
+    }
+    stop = true;
+    changer.join();
+    EXPECT_GT(rounds, 0);
+}
+
+// Nobody may do anything with the entry, until its owner takes that back.
+TEST(Module, EntryWithoutReadAccess_AddsNothingAndLoadGoesOn) {
+    const ScratchEntry closed(L"MmRoundupClosed"), after(L"ZzRoundupAfter");
+    SECURITY_DESCRIPTOR nobody;
+    ACL empty;
+    ASSERT_TRUE(::InitializeSecurityDescriptor(&nobody, SECURITY_DESCRIPTOR_REVISION));
+    ASSERT_TRUE(::InitializeAcl(&empty, sizeof empty, ACL_REVISION));
+    ASSERT_TRUE(::SetSecurityDescriptorDacl(&nobody, TRUE, &empty, FALSE));
+    ASSERT_EQ(::RegSetKeySecurity(closed.Get(), DACL_SECURITY_INFORMATION, &nobody), ERROR_SUCCESS);
+    HKEY key = nullptr;
+    const std::wstring path = std::wstring(kUserUninstall) + L"\\MmRoundupClosed";
+    ASSERT_EQ(::RegOpenKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, KEY_READ, &key), ERROR_ACCESS_DENIED);
+    const std::vector<std::u16string> keys = LoadedModule().Load();
+    EXPECT_FALSE(Has(keys, u"MmRoundupClosed"));
+    EXPECT_TRUE(Has(keys, u"ZzRoundupAfter"));
+    ASSERT_TRUE(::SetSecurityDescriptorDacl(&nobody, TRUE, nullptr, FALSE));
+    EXPECT_EQ(::RegSetKeySecurity(closed.Get(), DACL_SECURITY_INFORMATION, &nobody), ERROR_SUCCESS);
+}
+
+}  // namespace
+}  // namespace roundup
