@@ -10,6 +10,7 @@
 #include "appcenter/appadaptermgr/compatibility.h"
 #include "appcenter/appadapterparse/appadapterparse.h"
 #include "appcenter/appadapterparse/familylocation.h"
+#include "platform/recorded/openmachine.h"
 #include "tests/appcenter/rules_support.h"
 
 namespace roundup {
@@ -297,6 +298,33 @@ TEST_F(AdaptersTest, CompatibilityList_IsReadUpToItsCountAndItsHighestNumber) {
         LoadCompatibility(key, map);
         EXPECT_TRUE(map.empty()) << ToUtf8(key);
     }
+}
+
+// Catches samples that do nothing: in the wrong encoding, under the wrong name, with tokens that are none.
+TEST_F(AdaptersTest, SampleMachine_HasRulesThatSaySomething) {
+    SourceError error;
+    auto machine = OpenRecordedMachine({std::string(ROUNDUP_SOURCE_DIR) + "/samples/machine", {}, {}, {}, {}}, error);
+    ASSERT_NE(machine, nullptr);
+    Start(std::move(machine));
+    const auto app = App(u"Fennmark Archiver 4.2", u"C:\\Program Files (x86)\\Fennmark Archiver", u"Fennmark Archiver");
+    CAppRuleSet rules(RuleSetSource{app->pwszKeyString, app->pwszInstallLoc, {}, {}});
+    ASSERT_TRUE(Succeeded(LoadAdapters()) && Succeeded(ApplyAdapters(app.Get(), &rules)));
+    EXPECT_EQ(
+        Describe(rules),
+        "+reg 0 .fenn; +reg 0 Fennmark.Bundle; +reg 2 SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\App "
+        "Paths\\fennarc.exe; +reg 2 SOFTWARE\\Fennmark; +file C:\\users\\Public\\Desktop\\Fennmark Archiver.lnk; "
+        "+dir C:\\Program Files (x86)\\Fennmark Archiver; +dir C:\\ProgramData\\Fennmark\\Shared 4; "
+        "+dir C:\\ProgramData\\Fennmark\\Archiver 4; -file C:\\ProgramData\\Fennmark\\Shared 4\\fonts\\plain.txt; "
+        "-dir C:\\Program Files (x86)\\Fennmark Archiver\\updates; sub Fennmark Viewer");
+    EXPECT_TRUE(rules.IsDirExcluded(u"C:\\Windows") && rules.IsFileExcluded(u"C:\\windows\\WIN.INI"));
+    const CAppRuleSet plotter({u"{5B0E8D0C-3A3B-4F0E-9C55-2D3C7A1E4241}", {}, {}, {}});
+    EXPECT_EQ(plotter.IncludedRegs.size(), 3U);
+    EXPECT_TRUE(plotter.IsHideAppMatch(u"", u"{2E7C1F90-64AD-4B1B-B2D8-13F5E8A97301}"));
+    const CAppRuleSet otterquill({u"Otterquill \U0001F9A6_is1", {}, {}, {}});
+    EXPECT_TRUE(otterquill.IsSubAppMatch(u"Otterquill Letterheads", u""));
+    CompatibilityMap listed;
+    LoadCompatibility(u"Osmundgate Link", listed);
+    EXPECT_EQ(listed.size(), 2U);
 }
 
 }  // namespace
