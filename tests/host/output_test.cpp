@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "appcenter/app/app.h"
 #include "host/appjson.h"
 #include "host/terminal.h"
 #include "host/textout.h"
