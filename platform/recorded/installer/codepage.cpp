@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/codepagetext.h"
 #include "utility/utf.h"
 
 namespace roundup {

@@ -32,8 +32,4 @@ class CodePage {
     std::array<char16_t, 256> m_units{};  // of ASCII alone unless each byte is a character
 };
 
-// The text as the platform reads that page, in place of what target was; what is no character becomes U+FFFD, or what
-// the platform has for it. False for a page that is not known. Throws std::bad_alloc.
-bool DecodeByPlatform(std::uint32_t page, std::string_view text, std::u16string& target);
-
 }  // namespace roundup

@@ -2,7 +2,7 @@
 
 #include <climits>
 
-#include "platform/recorded/installer/codepage.h"
+#include "platform/codepagetext.h"
 
 namespace roundup {
 

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <string>
 
-#include "platform/recorded/installer/codepage.h"
+#include "platform/codepagetext.h"
 
 namespace roundup {
 
