@@ -1,8 +1,8 @@
+#include "platform/codepagetext.h"
+
 #include <windows.h>
 
 #include <climits>
-
-#include "platform/codepagetext.h"
 
 namespace roundup {
 
