@@ -107,6 +107,7 @@ run_native() {
         not_run release/ctest release/build
     fi
     step release/exports tools/check-exports build/release/bin/libroundup.so
+    step release/kit tools/check-kit build/release
 }
 
 # Real installers run in a Wine prefix; what the program reads of it from outside is what its registry says inside.
@@ -198,6 +199,7 @@ run_windows() {
         run_binaries "$preset" wine
         step "$preset/exports" tools/check-exports "build/$preset/bin/Roundup.dll"
         step "$preset/size" check_size "$preset"
+        step "$preset/kit" tools/check-kit "build/$preset"
         step "$preset/uninstall" tools/check-uninstall "build/$preset/bin"
     done
 }

@@ -14,7 +14,9 @@
 // LoadApps, EnumApps and UnInstallApp may come any number of times. Calls in another order do no harm: each operation
 // says what it answers then.
 //
-// The classes cross the module boundary as they are: a host is built by a compiler with the C++ ABI of the module's.
+// The classes cross the module boundary as they are: a host is built by a compiler with the Itanium C++ ABI, such as
+// those of MinGW-w64 and Linux, as C++17 or later. docs/abi.md, which comes with the header, has the layout of tables
+// and records, and a way for the compilers of another ABI.
 //
 // Threads: calls on one IRoundupProc come from one thread at a time; the host sees to that, also for those that an
 // observer makes on the thread of an OnUnInstallDone. The observer is called on the thread that is inside LoadApps or
@@ -53,26 +55,26 @@ using WideChar = std::conditional_t<sizeof(wchar_t) == 2, wchar_t, char16_t>;
 // surrogate pair.
 inline constexpr std::size_t kAppInfoTextSize = 260;
 
-// Bits of qwFlags.
-inline constexpr std::uint64_t kAppInfo64Bit = 0x1;
-inline constexpr std::uint64_t kAppInfoNotTopLevel = 0x2;
-inline constexpr std::uint64_t kAppInfoWindowsInstaller = 0x4;
-inline constexpr std::uint64_t kAppInfo32BitImages = 0x8;
-inline constexpr std::uint64_t kAppInfoCurrentUser = 0x100;  // the entry lives in HKEY_CURRENT_USER
-inline constexpr std::uint64_t kAppInfo64BitView = 0x200;    // the entry was read through the 64-bit view
+// Bits of qwFlags, the module's own. Others may be set, and mean nothing to a host.
+inline constexpr std::uint64_t kAppInfo64Bit = 0x1;             // a 64-bit application
+inline constexpr std::uint64_t kAppInfoNotTopLevel = 0x2;       // belongs to another one, not to be shown on its own
+inline constexpr std::uint64_t kAppInfoWindowsInstaller = 0x4;  // installed by Windows Installer
+inline constexpr std::uint64_t kAppInfo32BitImages = 0x8;       // has images of 32 bits
+inline constexpr std::uint64_t kAppInfoCurrentUser = 0x100;     // the entry lives in HKEY_CURRENT_USER
+inline constexpr std::uint64_t kAppInfo64BitView = 0x200;       // the entry was read through the 64-bit view
 
 // The record of one application, byte for byte: packed, little-endian, texts zero-terminated UTF-16. What an
 // application does not have is empty or 0.
 #pragma pack(push, 1)
 struct _RoundupAppInfo_ {
-    WideChar wzName[kAppInfoTextSize] = {};
+    WideChar wzName[kAppInfoTextSize] = {};  // as it is shown; several applications may have one name
     WideChar wzPublisher[kAppInfoTextSize] = {};
     WideChar wzInstallDate[kAppInfoTextSize] = {};     // as the registry has it: usually eight digits, year month day
     WideChar wzKeyString[kAppInfoTextSize] = {};       // name of the Uninstall key; full name of a store package
     WideChar wzRealInstallLoc[kAppInfoTextSize] = {};  // with mount points resolved
-    WideChar wzInstallLoc[kAppInfoTextSize] = {};
-    std::uint64_t qwFlags = 0;    // 0 for a store package
-    std::uint64_t qwSize = 0;     // bytes
+    WideChar wzInstallLoc[kAppInfoTextSize] = {};      // folder, as the entry or the package names it
+    std::uint64_t qwFlags = 0;                         // 0 for a store package
+    std::uint64_t qwSize = 0;     // bytes; 0 when it is not known
     std::uint8_t bFramework = 0;  // 1 for a store package that is a framework
 };
 
