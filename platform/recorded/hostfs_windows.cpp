@@ -1,5 +1,6 @@
 // Over the standard library alone. A link is refused wherever one is met, but a part that is exchanged for a link
 // between the look and the use is followed: the standard library has no way to open a file below an opened folder.
+#include <io.h>
 #include <stdlib.h>
 
 #include <algorithm>
@@ -91,6 +92,15 @@ class FileStream final : public IFileStream {
     const fs::path m_path;
 };
 
+// The system takes a name in any case; what is asked for here is the one of that spelling, as elsewhere.
+bool IsSpelledSo(const fs::path& place) {
+    _wfinddata_t found{};
+    const std::intptr_t search = _wfindfirst(place.c_str(), &found);
+    if (search == -1) return false;
+    _findclose(search);
+    return place.filename() == found.name;
+}
+
 class StandardFolder final : public HostFolder {
   public:
     explicit StandardFolder(fs::path folder) : m_folder(std::move(folder)), m_path(TextOf(m_folder)) {}
@@ -155,7 +165,9 @@ Win32Error StandardFolder::Query(const std::string& path, SourceKind& kind, std:
     if (const Win32Error error = Locate(path, place); error != kErrorSuccess) return error;
     std::error_code code;
     const fs::file_status status = fs::symlink_status(place, code);
-    if (status.type() == fs::file_type::not_found) return kErrorFileNotFound;
+    if (status.type() == fs::file_type::not_found || (!path.empty() && !IsSpelledSo(place))) {
+        return kErrorFileNotFound;
+    }
     if (code) return FromCode(code);
     kind = KindOf(status);
     size = kind == SourceKind::File ? fs::file_size(place, code) : 0;

@@ -105,7 +105,10 @@ Win32Error RecordedFileSystem::StartFind(std::u16string_view folder, std::u16str
     if (found.mapped == nullptr && found.entry->kind != SourceKind::Folder) return kErrorPathNotFound;
     if (found.entry != nullptr && found.entry->extras && found.entry->extras->denied) return kErrorAccessDenied;
     find.dotsLeft = parsed.text.size() == 3 ? 0 : 2;
-    if (found.mapped != nullptr) return found.mapped->List(found.rest, find.items);
+    if (found.mapped != nullptr) {
+        const Win32Error error = found.mapped->List(found.rest, find.items);
+        return error == kErrorFileNotFound ? kErrorPathNotFound : error;
+    }
     return m_tree.FolderOf(*found.entry).List(find.entries);
 }
 
