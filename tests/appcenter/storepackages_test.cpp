@@ -148,7 +148,7 @@ TEST_F(StorePackagesTest, Gather_TakesOwnExtraAndDataFoldersAndEndsInJunctions) 
     const std::u16string data = u"C:\\Users\\User\\AppData\\Local\\Packages\\A_p";
     builder.File(std::u16string(kApps) + u"A_1.0.0.0_neutral_de_p\\text.pri", "12345")
         .File(data + u"\\Settings\\s.dat", "1")
-        .Reparse(data + u"\\loop", data);
+        .Reparse(data + u"\\zloop", data);
     CAppManager& manager = Load();
     auto* const package = static_cast<CAppx*>(manager.Packages().front().Get());
     ASSERT_TRUE(Succeeded(package->Gather(nullptr, nullptr)));
