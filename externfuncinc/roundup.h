@@ -74,8 +74,8 @@ struct _RoundupAppInfo_ {
     WideChar wzRealInstallLoc[kAppInfoTextSize] = {};  // with mount points resolved
     WideChar wzInstallLoc[kAppInfoTextSize] = {};      // folder, as the entry or the package names it
     std::uint64_t qwFlags = 0;                         // 0 for a store package
-    std::uint64_t qwSize = 0;     // bytes; 0 when it is not known
-    std::uint8_t bFramework = 0;  // 1 for a store package that is a framework
+    std::uint64_t qwSize = 0;                          // bytes; 0 when it is not known
+    std::uint8_t bFramework = 0;                       // 1 for a store package that is a framework
 };
 
 struct _tagAppInfo : _RoundupAppInfo_ {
