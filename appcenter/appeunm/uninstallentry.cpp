@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "appcenter/app/app.h"
@@ -25,11 +26,12 @@ Guid CodeOfKeyName(std::u16string_view name) noexcept {
     return code.IsNil() ? ParseGuid(name, GuidForm::Packed) : code;
 }
 
-// The product that an update belongs to, from the place of its books: one name behind the folder of all updates.
-std::u16string_view UpdatedProduct(std::u16string_view registryLocation) noexcept {
+// The product that an update belongs to, from the place of its books: one name behind the folder of all updates. Books
+// in that folder itself belong to none, which is an empty name; books elsewhere tell nothing.
+std::optional<std::u16string_view> UpdatedProduct(std::u16string_view registryLocation) noexcept {
     constexpr std::u16string_view kUpdates = u"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Updates\\";
     static_assert(kUpdates.size() == 46);
-    if (!StartsWithNoCase(registryLocation, kUpdates)) return {};
+    if (!StartsWithNoCase(registryLocation, kUpdates)) return std::nullopt;
     const std::u16string_view rest = registryLocation.substr(kUpdates.size());
     return rest.substr(0, rest.find(u'\\'));
 }
@@ -38,9 +40,9 @@ void FillParent(CApp& app, EntryValues& values) {
     Move(values, EntryText::ParentDisplayName, app.pwszParentDisplayName);
     Move(values, EntryText::ParentKeyName, app.pwszParentKeyName);
     if (app.pwszParentDisplayName.IsEmpty() && app.pwszParentKeyName.IsEmpty()) return;
-    const std::u16string_view product = UpdatedProduct(values.Text(EntryText::RegistryLocation));
-    if (!product.empty() && !EqualsNoCase(product, app.pwszParentDisplayName)) {
-        AssignString(app.pwszParentDisplayName, product);
+    const auto product = UpdatedProduct(values.Text(EntryText::RegistryLocation));
+    if (product && !EqualsNoCase(*product, app.pwszParentDisplayName)) {
+        AssignString(app.pwszParentDisplayName, *product);
     }
 }
 
