@@ -1,63 +1,46 @@
 // Uninstalls on the live machine, through the module as a host loads it.
-#include <gtest/gtest.h>
-#include <windows.h>
-
 #include <cstdlib>
+#include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "tests/externfuncinc/doneobserver.h"
+#include "tests/windows/modulehost.h"
 
 namespace roundup {
 namespace {
 
-using GetImpFunction = IRoundupProc* (*)();
-
-std::u16string Wide(const std::string& ascii) { return {ascii.begin(), ascii.end()}; }
-const wchar_t* Native(const std::u16string& text) { return reinterpret_cast<const wchar_t*>(text.c_str()); }
-
-std::u16string EntryKey(char name) {
-    return u"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\RoundupCheck" + std::u16string(1, name);
-}
+std::wstring KeyName(char name) { return L"RoundupCheck" + std::wstring(1, static_cast<wchar_t>(name)); }
 
 // An uninstaller, run by the test below in a process of its own: it ends when the other one runs too.
 void Remove(char name, char other, UINT code) {
     if (std::getenv("ROUNDUP_TEST_UNINSTALLS") == nullptr) GTEST_SKIP() << "run by another test";
-    const std::u16string start = u"Local\\RoundupCheck";
-    const HANDLE here = CreateEventW(nullptr, TRUE, FALSE, Native(start + std::u16string(1, name)));
-    const HANDLE there = CreateEventW(nullptr, TRUE, FALSE, Native(start + std::u16string(1, other)));
-    SetEvent(here);
-    const bool overlapped = WaitForSingleObject(there, 60'000) == WAIT_OBJECT_0;
-    RegDeleteKeyW(HKEY_CURRENT_USER, Native(EntryKey(name)));
-    ExitProcess(overlapped ? code : 1);
+    const KernelHandle here(::CreateEventW(nullptr, TRUE, FALSE, (L"Local\\" + KeyName(name)).c_str()));
+    const KernelHandle there(::CreateEventW(nullptr, TRUE, FALSE, (L"Local\\" + KeyName(other)).c_str()));
+    ::SetEvent(here.Get());
+    const bool overlapped = ::WaitForSingleObject(there.Get(), 60'000) == WAIT_OBJECT_0;
+    ::RegDeleteKeyW(HKEY_CURRENT_USER, (std::wstring(kUserUninstall) + L"\\" + KeyName(name)).c_str());
+    ::ExitProcess(overlapped ? code : 1);
 }
 TEST(UninstallerOfTheTest, DISABLED_A) { Remove('A', 'B', 7); }
 TEST(UninstallerOfTheTest, DISABLED_B) { Remove('B', 'A', 3010); }
 
-void SetText(HKEY key, const wchar_t* name, const std::u16string& text) {
-    const auto size = static_cast<DWORD>((text.size() + 1) * sizeof(char16_t));
-    ASSERT_EQ(RegSetValueExW(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()), size), 0);
-}
-
-void MakeEntry(char name) {
+std::unique_ptr<ScratchEntry> MakeEntry(char name) {
     wchar_t program[MAX_PATH] = {};
-    GetModuleFileNameW(nullptr, program, MAX_PATH);
-    const std::u16string path(reinterpret_cast<const char16_t*>(program));
-    HKEY key = nullptr;
-    ASSERT_EQ(RegCreateKeyW(HKEY_CURRENT_USER, Native(EntryKey(name)), &key), 0);
-    SetText(key, L"DisplayName", u"Roundup check " + std::u16string(1, name));
-    SetText(key, L"InstallLocation", u"C:\\RoundupCheck" + std::u16string(1, name));
-    SetText(key, L"UninstallString",
-            u"\"" + path + u"\" --gtest_also_run_disabled_tests --gtest_filter=UninstallerOfTheTest.DISABLED_" +
-                std::u16string(1, name));
-    RegCloseKey(key);
+    ::GetModuleFileNameW(nullptr, program, MAX_PATH);
+    auto entry = std::make_unique<ScratchEntry>(KeyName(name));
+    entry->Text(L"UninstallString", L"\"" + std::wstring(program) +
+                                        L"\" --gtest_also_run_disabled_tests "
+                                        L"--gtest_filter=UninstallerOfTheTest.DISABLED_" +
+                                        std::wstring(1, static_cast<wchar_t>(name)));
+    return entry;
 }
 
 class ModuleUninstallTest : public ::testing::Test {
   protected:
     void SetUp() override {
-        const HMODULE module = LoadLibraryW(Native(Wide(ROUNDUP_MODULE)));
-        ASSERT_NE(module, nullptr) << GetLastError();
-        const auto entry = reinterpret_cast<GetImpFunction>(reinterpret_cast<void*>(GetProcAddress(module, "GetImp")));
+        const auto entry = GetProcedure<decltype(&GetImp)>(m_module.Get(), "GetImp");
         ASSERT_NE(entry, nullptr);
         m_facade = entry();
         ASSERT_NE(m_facade, nullptr);
@@ -98,16 +81,17 @@ class ModuleUninstallTest : public ::testing::Test {
         for (const auto& [key, code] : apps) EXPECT_EQ(Find(key), nullptr);
     }
 
+    const OwnedModule m_module{::LoadLibraryA(ROUNDUP_MODULE)};
     DoneObserver m_observer;
     IRoundupProc* m_facade = nullptr;
 };
 
 TEST_F(ModuleUninstallTest, TwoRemovals_OverlapBringTheirCodesAndAreGoneFromTheList) {
-    SetEnvironmentVariableW(L"ROUNDUP_TEST_UNINSTALLS", L"1");
-    MakeEntry('A');
-    MakeEntry('B');
+    ::SetEnvironmentVariableW(L"ROUNDUP_TEST_UNINSTALLS", L"1");
+    const auto a = MakeEntry('A');
+    const auto b = MakeEntry('B');
     RemoveAtOnce({{u"RoundupCheckA", 7}, {u"RoundupCheckB", 3010}});
-    SetEnvironmentVariableW(L"ROUNDUP_TEST_UNINSTALLS", nullptr);
+    ::SetEnvironmentVariableW(L"ROUNDUP_TEST_UNINSTALLS", nullptr);
 }
 
 // tools/check-uninstall installs real programs and names them here as "key=exit code;key=exit code".
@@ -119,7 +103,8 @@ TEST_F(ModuleUninstallTest, RealPrograms_AreRemovedAtOnce) {
         const std::string app = rest.substr(0, rest.find(';'));
         rest.erase(0, app.size() + 1);
         const std::size_t mark = app.find('=');
-        apps.emplace_back(Wide(app.substr(0, mark)), std::stoul(app.substr(mark + 1)));
+        const std::u16string key(app.begin(), app.begin() + static_cast<std::ptrdiff_t>(mark));
+        apps.emplace_back(key, static_cast<std::uint32_t>(std::stoul(app.substr(mark + 1))));
     }
     RemoveAtOnce(apps);
 }
