@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
-#include <optional>
 #include <utility>
 
 #include "appcenter/app/app.h"
@@ -27,11 +26,11 @@ Guid CodeOfKeyName(std::u16string_view name) noexcept {
 }
 
 // The product that an update belongs to, from the place of its books: one name behind the folder of all updates. Books
-// in that folder itself belong to none, which is an empty name; books elsewhere tell nothing.
-std::optional<std::u16string_view> UpdatedProduct(std::u16string_view registryLocation) noexcept {
+// in that folder itself, and books elsewhere, name none: that is empty.
+std::u16string_view UpdatedProduct(std::u16string_view registryLocation) noexcept {
     constexpr std::u16string_view kUpdates = u"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Updates\\";
     static_assert(kUpdates.size() == 46);
-    if (!StartsWithNoCase(registryLocation, kUpdates)) return std::nullopt;
+    if (!StartsWithNoCase(registryLocation, kUpdates)) return {};
     const std::u16string_view rest = registryLocation.substr(kUpdates.size());
     return rest.substr(0, rest.find(u'\\'));
 }
@@ -40,9 +39,9 @@ void FillParent(CApp& app, EntryValues& values) {
     Move(values, EntryText::ParentDisplayName, app.pwszParentDisplayName);
     Move(values, EntryText::ParentKeyName, app.pwszParentKeyName);
     if (app.pwszParentDisplayName.IsEmpty() && app.pwszParentKeyName.IsEmpty()) return;
-    const auto product = UpdatedProduct(values.Text(EntryText::RegistryLocation));
-    if (product && !EqualsNoCase(*product, app.pwszParentDisplayName)) {
-        AssignString(app.pwszParentDisplayName, *product);
+    const std::u16string_view product = UpdatedProduct(values.Text(EntryText::RegistryLocation));
+    if (!product.empty() && !EqualsNoCase(product, app.pwszParentDisplayName)) {
+        AssignString(app.pwszParentDisplayName, product);
     }
 }
 

@@ -167,8 +167,8 @@ TEST_F(UninstallEntryTest, Parent_IsTheProductThatTheUpdateBooksName) {
         {u"Suite", u"", u"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Updates\\Runtime\\KB1", u"Runtime"},
         {u"", u"Suite", u"hkey_local_machine\\SOFTWARE\\Microsoft\\Updates\\Runtime", u"Runtime"},
         {u"RUNTIME", u"", u"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Updates\\Runtime", u"RUNTIME"},
-        {u"Suite", u"key", u"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Updates\\", u""},
-        {u"Suite", u"", u"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Updates\\\\KB1", u""},
+        {u"Suite", u"key", u"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Updates\\", u"Suite"},
+        {u"Suite", u"", u"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Updates\\\\KB1", u"Suite"},
         {u"Suite", u"", u"HKEY_CURRENT_USER\\Software\\Microsoft\\Updates\\Runtime", u"Suite"},
         {u"", u"", u"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Updates\\Runtime", u""},
     };
