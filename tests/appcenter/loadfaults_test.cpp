@@ -8,55 +8,37 @@
 
 #include "externfuncinc/externfunc.h"
 #include "tests/appcenter/catalogue_support.h"
+#include "tests/externfuncinc/scripted.h"
 #include "tests/support/faultmachine.h"
 #include "utility/formattext.h"
-#include "utility/utf.h"
 
 namespace roundup {
 namespace {
 
 using Texts = std::vector<std::string>;
 
-// Writes down the applications that it is told.
-class KeysObserver final : public IRoundupObserver {
-  public:
-    std::uint32_t AddRef() override { return ++references; }
-    std::uint32_t Release() override { return --references; }
-    void OnAppInfo(IRmxApp* app) override {
-        keys.push_back(ToUtf8(OwnedString(app->GetAppInfo()->wzKeyString).View()));
-    }
-    std::uint8_t OnProgress(std::uint32_t percent) override {
-        percents.push_back(percent);
-        return 1;
-    }
-    void OnUnInstallDone(IRmxApp*, std::uint32_t) override {}
-
-    std::uint32_t references = 1;
-    Texts keys;
-    std::vector<std::uint32_t> percents;
-};
-
 // What came of two loads, one after the other; the failing operation is one of the first or of the second.
 struct Outcome {
     std::int64_t result[2] = {1, 1};
     Texts keys[2];
-    std::uint32_t references = 0;
-    std::vector<std::uint32_t> percents;  // of the first load
+    std::int32_t references = 0;  // of the observer
+    Texts percents;               // of the first load
 };
 
 Outcome LoadTwice(Machine& machine) {
     const MachineScope scope(machine);
     Outcome outcome;
-    KeysObserver observer;
+    ScriptedObserver observer;
     const auto facade = RefPtr<IRoundupProc>::Adopt(CreateRoundup());
     if (!facade) return outcome;
     facade->Init();
     facade->SetObserver(&observer);
     for (int load = 0; load < 2; ++load) {
         outcome.result[load] = facade->LoadApps(0);
-        if (load == 0) outcome.percents = observer.percents;
+        const Texts percents = observer.Take();
+        if (load == 0) outcome.percents = percents;
         facade->EnumApps();
-        outcome.keys[load] = std::exchange(observer.keys, {});
+        outcome.keys[load] = observer.Take();  // names, which are the keys here
     }
     facade->Uninit();
     outcome.references = observer.references;
@@ -105,7 +87,7 @@ class LoadFaultsTest : public CatalogueTest {
             SCOPED_TRACE(FormatNumbers(area, n, error));
             const Outcome outcome = LoadTwice(machine);
             EXPECT_EQ(machine.HandlesHeld(), 0) << "a handle was kept or closed twice";
-            EXPECT_EQ(outcome.references, 1U) << "of the observer";
+            EXPECT_EQ(outcome.references, 1) << "of the observer";
             check(outcome);
             if (!machine.HasFired() || HasFailure()) break;
         }

@@ -43,27 +43,12 @@ FaultInjectingMachine::FaultInjectingMachine(std::unique_ptr<Machine> inner)
 FaultInjectingMachine::~FaultInjectingMachine() = default;
 
 FaultGate& FaultInjectingMachine::GateOf(Area area) const {
-    switch (area) {
-        case Area::Registry:
-            return m_parts->registry.gate;
-        case Area::Files:
-            return m_parts->files.gate;
-        case Area::Profile:
-            return m_parts->profile.gate;
-        case Area::Shell:
-            return m_parts->shell.gate;
-        case Area::Installer:
-            return m_parts->installer.gate;
-        case Area::Processes:
-            return m_parts->processes.gate;
-        case Area::Security:
-            return m_parts->security.gate;
-        case Area::System:
-            return m_parts->system.gate;
-        case Area::ClosedLibraries:
-            break;
-    }
-    return m_parts->closedLibraries.gate;
+    Parts& parts = *m_parts;
+    // In the order of Area.
+    FaultGate* const gates[] = {&parts.registry.gate, &parts.files.gate,     &parts.profile.gate,
+                                &parts.shell.gate,    &parts.installer.gate, &parts.processes.gate,
+                                &parts.security.gate, &parts.system.gate,    &parts.closedLibraries.gate};
+    return *gates[static_cast<std::size_t>(area)];
 }
 
 void FaultInjectingMachine::FailOperation(Area area, std::uint64_t number, Win32Error error) {
