@@ -25,6 +25,15 @@ struct DevicePolicy {
 };
 using OwnedDevice = WinHandle<DevicePolicy>;
 
+// The icon at the index in the size that the two system metrics give; null when there is none.
+HICON ExtractOne(const char16_t* path, std::int32_t index, int width, int height) {
+    HICON icon = nullptr;
+    UINT resource = 0;
+    ::PrivateExtractIconsW(ToWide(path), index, ::GetSystemMetrics(width), ::GetSystemMetrics(height), &icon, &resource,
+                           1, LR_DEFAULTCOLOR);
+    return icon;
+}
+
 // A header with room for the palette that the platform writes behind it for 8 bits per pixel and below.
 struct HeaderWithPalette {
     BITMAPINFOHEADER header;
@@ -37,6 +46,11 @@ void LiveIcons::ExtractIcons(const char16_t* path, std::int32_t index, IconHandl
     HICON first = nullptr;
     HICON second = nullptr;
     ::ExtractIconExW(ToWide(path), index, &first, &second, 1);
+    // Wine takes -1 for the question of how many icons there are, also when it is asked for some.
+    if (index == -1 && first == nullptr && second == nullptr) {
+        first = ExtractOne(path, index, SM_CXICON, SM_CYICON);
+        second = ExtractOne(path, index, SM_CXSMICON, SM_CYSMICON);
+    }
     large = ToSeam(first);
     small = ToSeam(second);
 }

@@ -47,8 +47,12 @@ class LiveInstaller final : public IInstaller {
     }
     Win32Error GetString(InstallerHandle record, std::uint32_t column, char16_t* buffer,
                          std::uint32_t& length) override {
-        return WithLength(length,
-                          [&](DWORD* value) { return ::MsiRecordGetStringW(record, column, ToWide(buffer), value); });
+        const std::uint32_t room = length;
+        const Win32Error error = WithLength(
+            length, [&](DWORD* value) { return ::MsiRecordGetStringW(record, column, ToWide(buffer), value); });
+        // Wine fills the buffer to its end with a text that does not fit; Windows terminates it.
+        if (error == kErrorMoreData && room != 0) buffer[room - 1] = 0;
+        return error;
     }
     std::int32_t GetInteger(InstallerHandle record, std::uint32_t column) override {
         return ::MsiRecordGetInteger(record, column);
