@@ -1,5 +1,6 @@
 #include "appcenter/appadapterconfig/folderlisting.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/machine.h"
@@ -33,7 +34,7 @@ class Search {
 
 // Separators lead out of the folder, a colon into a stream of a file, and "~" may stand in a short name.
 bool MayLieElsewhere(std::u16string_view name) noexcept {
-    return name.find_first_of(u"\\/:~") != std::u16string_view::npos;
+    return std::ranges::any_of(name, [](char16_t c) { return c == u'\\' || c == u'/' || c == u':' || c == u'~'; });
 }
 
 }  // namespace
@@ -42,7 +43,15 @@ FolderListing::FolderListing(std::u16string folder) : m_folder(std::move(folder)
     if (m_folder.empty()) return;
     const FsRedirectGuard guard;
     Search search(CurrentMachine().Files(), PathOf(u"*"));
-    for (; search.HasEntry(); search.Next()) m_names.emplace(search.Name());
+    for (; search.HasEntry(); search.Next()) {
+        m_names.emplace(search.Name());
+        m_stems.emplace(search.Name().substr(0, search.Name().rfind(u'.')));
+    }
+}
+
+bool FolderListing::MayHave(std::u16string_view nameWithoutExtension) const {
+    if (m_folder.empty()) return false;
+    return (!m_stems.empty() && m_stems.contains(nameWithoutExtension)) || MayLieElsewhere(nameWithoutExtension);
 }
 
 bool FolderListing::Has(std::u16string_view name) const {

@@ -21,12 +21,15 @@ class FolderListing {
     // True when the folder holds a file or folder of that name. A name that can lie elsewhere, or can be a short one,
     // is asked of the machine.
     bool Has(std::u16string_view name) const;
+    // False when no file of the folder has that name in front of its extension: cheaper than asking for each extension.
+    bool MayHave(std::u16string_view nameWithoutExtension) const;
     // The path of a name in the folder.
     std::u16string PathOf(std::u16string_view name) const;
 
   private:
     std::u16string m_folder;
     std::unordered_set<std::u16string, NoCaseHash, NoCaseEqual> m_names;
+    std::unordered_set<std::u16string, NoCaseHash, NoCaseEqual> m_stems;  // of m_names, up to the last dot
 };
 
 }  // namespace roundup

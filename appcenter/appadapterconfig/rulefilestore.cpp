@@ -19,9 +19,10 @@ FolderListing& RuleFileStore::Config() {
 }
 
 FoundRuleFile RuleFileStore::Find(std::u16string_view name, RuleFileKind kind) {
+    const LockGuard guard(m_lock);
+    if (!Config().MayHave(name)) return {};
     std::u16string fileName(name);
     fileName += kind == RuleFileKind::Include ? u".INC" : u".EXC";
-    const LockGuard guard(m_lock);
     if (const auto at = m_files.find(fileName); at != m_files.end()) return {true, at->second};
     if (!Config().Has(fileName)) return {};
     OwnedString text;
@@ -38,13 +39,15 @@ bool RuleFileStore::HasConfigFile(std::u16string_view fileName) {
     return Config().Has(fileName);
 }
 
-std::u16string RuleFileStore::CompatibilityFile(std::u16string_view fileName) {
+std::u16string RuleFileStore::CompatibilityFile(std::u16string_view name) {
     const LockGuard guard(m_lock);
     if (!m_compatibility) {
         std::u16string folder = ConfigFolder();
         if (!folder.empty()) folder += u"\\Compatibility";
         m_compatibility.emplace(std::move(folder));
     }
+    if (!m_compatibility->MayHave(name)) return {};
+    const std::u16string fileName = std::u16string(name) + u".ini";
     return m_compatibility->Has(fileName) ? m_compatibility->PathOf(fileName) : std::u16string();
 }
 

@@ -31,8 +31,8 @@ class RuleFileStore {
     FoundRuleFile Find(std::u16string_view name, RuleFileKind kind);
     // True when the Config folder holds a file of that name.
     bool HasConfigFile(std::u16string_view fileName);
-    // The path of a file of the folder Config\Compatibility; empty when there is no such file.
-    std::u16string CompatibilityFile(std::u16string_view fileName);
+    // The path of "%s.ini" in the folder Config\Compatibility; empty when there is no such file.
+    std::u16string CompatibilityFile(std::u16string_view name);
 
     // Forgets everything, so that the next question sees what the folders hold then. For the start of a load; those
     // that hold a file keep theirs.

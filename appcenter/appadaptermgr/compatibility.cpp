@@ -73,12 +73,12 @@ class ListFile {
 
 std::u16string FindList(std::u16string_view key) {
     RuleFileStore& store = ProcessWide<RuleFileStore>();
-    std::u16string path = store.CompatibilityFile(std::u16string(key) + u".ini");
+    std::u16string path = store.CompatibilityFile(key);
     const std::size_t dash = key.find(u'-');
     if (!path.empty() || dash == std::u16string_view::npos) return path;
     const std::size_t last = key.substr(0, dash).find_last_not_of(u' ');
     if (last == std::u16string_view::npos) return {};
-    return store.CompatibilityFile(std::u16string(key.substr(0, last + 1)) + u".ini");
+    return store.CompatibilityFile(key.substr(0, last + 1));
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "appcenter/appeunm/firstindex.h"
 #include "appcenter/appeunm/linksubapp.h"
+#include "appcenter/appeunm/lookahead.h"
 #include "utility/log.h"
 
 namespace roundup {
@@ -27,8 +28,13 @@ void Attach(CAppList& main, ParentPositions& parents, std::size_t parent, std::s
 // in list order.
 void AttachByCode(const IContinue& goOn, CAppList& main, ParentPositions& parents) {
     FirstByCode byCode;
+    for (const RefPtr<CApp>& app : main) {
+        for (const Guid& code : app->RelatedCodes) byCode.Want(code);
+    }
+    if (byCode.IsEmpty()) return;
     for (std::size_t i = 0; i < main.size(); ++i) {
-        if (!main[i]->ProductCode.IsNil()) byCode.Add(main[i]->ProductCode, i);
+        LookAhead<&CApp::ProductCode>(main, i);
+        if (!main[i]->ProductCode.IsNil()) byCode.AddWanted(main[i]->ProductCode, i);
     }
     const auto isFree = [&parents](std::size_t position) { return parents[position] == kNoPosition; };
     std::vector<Claim> claims;
@@ -50,8 +56,13 @@ void AttachByCode(const IContinue& goOn, CAppList& main, ParentPositions& parent
 // Row 6.
 void AttachByParentName(const IContinue& goOn, CAppList& main, ParentPositions& parents) {
     FirstByText byName;
+    for (const RefPtr<CApp>& app : main) {
+        if (!app->pwszParentDisplayName.IsEmpty()) byName.Want(app->pwszParentDisplayName);
+    }
+    if (byName.IsEmpty()) return;
     for (std::size_t i = 0; i < main.size(); ++i) {
-        if (!main[i]->pwszName.IsEmpty()) byName.Add(main[i]->pwszName, i);
+        LookAhead<&CApp::pwszName>(main, i);
+        if (!main[i]->pwszName.IsEmpty()) byName.AddWanted(main[i]->pwszName, i);
     }
     for (std::size_t i = 0; i < main.size(); ++i) {
         if (goOn.IsContinue() == 0) return;
@@ -97,6 +108,7 @@ void SortMain(const IContinue& goOn, CAppList& main, const ParentPositions& pare
     const GapCloser closer(main);
     for (std::size_t i = 0; i < main.size(); ++i) {
         if (goOn.IsContinue() == 0) return;
+        LookAhead<&CApp::pwszName, &CApp::pwszKeyString, &CApp::pwszMsiPath>(main, i);
         const CApp& app = *main[i];
         const bool isApplication =
             parents[i] == kNoPosition && !app.pwszName.IsEmpty() && !app.pwszKeyString.IsEmpty() && app.HasLocation();

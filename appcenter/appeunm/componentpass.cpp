@@ -1,12 +1,14 @@
 // Shared components: below "SOFTWARE\Microsoft\Windows\CurrentVersion\Installer\UserData\<sid>\Components" each
 // component has a key, and in it a value for each product that installed the component: named by the product's packed
 // code, with the component's key path in it.
-#include <optional>
+#include <functional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "appcenter/appeunm/appmanager.h"
 #include "appcenter/appeunm/firstindex.h"
+#include "appcenter/appeunm/flatmap.h"
 #include "appcenter/appeunm/hidepasses.h"
 #include "appcenter/appeunm/linksubapp.h"
 #include "appcenter/appeunm/locationpasses.h"
@@ -19,18 +21,23 @@ namespace {
 constexpr const char16_t* kUserData = u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Installer\\UserData";
 constexpr std::size_t kLeastPathBytes = 8;  // "C:\" and the terminator
 
-// Row 16.
-class ComponentPass {
+// A component of a hidden application.
+struct Component {
+    Guid code;
+    std::u16string keyPath;
+};
+
+// Reads the components of all users, those of other applications left out.
+class ComponentWalk {
   public:
-    ComponentPass(CAppManager& manager, CAppList& main, CAppList& hide)
-        : m_manager(manager), m_main(main), m_hide(hide), m_view64(Is64BitOS()) {
-        for (std::size_t i = 0; i < hide.size(); ++i) {
-            if (hide[i]->ProductCode.IsNil()) continue;
-            m_hideByCode.Add(hide[i]->ProductCode, i);
-            ++m_left;
+    ComponentWalk(const IContinue& goOn, const CAppList& hide) : m_goOn(goOn), m_view64(Is64BitOS()) {
+        for (const RefPtr<CApp>& app : hide) {
+            if (!app->ProductCode.IsNil()) m_wanted.TryAdd(app->ProductCode, 0);
         }
     }
+    const std::vector<Component>& Found() const noexcept { return m_found; }
 
+    // Without a hidden code no component can say anything.
     ResultCode Run() {
         CWFYRegKey users;
         if (auto rc = users.Open(kHkeyLocalMachine, kUserData, m_view64, true); Failed(rc)) return Pass(rc);
@@ -45,8 +52,7 @@ class ComponentPass {
     }
 
   private:
-    // Without a hidden code left no component can say anything.
-    bool GoesOn() const { return m_left != 0 && m_manager.IsContinue() != 0; }
+    bool GoesOn() const { return !m_wanted.IsEmpty() && m_goOn.IsContinue() != 0; }
 
     void WalkComponents(CWFYRegKey& components) {
         OwnedString name;
@@ -54,7 +60,7 @@ class ComponentPass {
             CWFYRegKey component;
             if (Failed(component.Open(components.GetKeyHandle(), name.Text(), m_view64, false))) continue;
             RegValueView value;
-            while (GoesOn()) {
+            for (;;) {
                 const ResultCode rc = component.EnumValueView(value);
                 if (Small(rc) == SmallCode::NoMoreItems) break;
                 if (Succeeded(rc)) Take(value);
@@ -65,36 +71,47 @@ class ComponentPass {
     void Take(const RegValueView& value) {
         if (value.Data().size() < kLeastPathBytes || value.Type() != kRegSz) return;
         const Guid code = ParseGuid(value.Name(), GuidForm::Packed);
-        if (code.IsNil()) return;
-        const std::size_t hidden = m_hideByCode.First(code, m_hide);
-        if (hidden == kNoPosition) return;
+        if (code.IsNil() || m_wanted.Find(code) == nullptr) return;
+        m_found.push_back({code, std::u16string(value.Text())});
         // A "?" in place of the colon marks a path that counts its users.
-        m_keyPath.assign(value.Text());
-        if (m_keyPath.size() > 1) m_keyPath[1] = u':';
-        if (!m_locations) m_locations.emplace(m_manager, m_main);
-        const std::size_t found = m_locations->First(m_keyPath);
-        if (found == kNoPosition) return;
-        m_locations->Add(*m_hide[hidden], found);
-        LinkSubApp(*m_main[found], std::move(m_hide[hidden]), LinkReason::SharedComponent);
-        --m_left;
+        std::u16string& path = m_found.back().keyPath;
+        if (path.size() > 1) path[1] = u':';
     }
 
-    CAppManager& m_manager;
-    CAppList& m_main;
-    CAppList& m_hide;
+    const IContinue& m_goOn;
     const bool m_view64;
-    std::optional<LocationPrefixes> m_locations;  // made when a component of a hidden application turns up
-    FirstByCode m_hideByCode;
-    std::size_t m_left = 0;  // hidden applications with a code
-    std::u16string m_keyPath;
+    FlatMap<Guid, std::uint8_t, std::hash<Guid>, std::equal_to<Guid>> m_wanted;
+    std::vector<Component> m_found;
 };
+
+// Row 16, for the components one after the other.
+void AttachToFolders(const IContinue& goOn, const std::vector<Component>& components, CAppList& main, CAppList& hide) {
+    const GapCloser closer(hide);
+    LocationOwners owners;
+    for (const Component& component : components) owners.AddPath(component.keyPath);
+    owners.Search(goOn, main);
+    FirstByCode hidden;
+    for (std::size_t i = 0; i < hide.size(); ++i) {
+        if (!hide[i]->ProductCode.IsNil()) hidden.Add(hide[i]->ProductCode, i);
+    }
+    for (std::size_t i = 0; i < components.size() && goOn.IsContinue() != 0; ++i) {
+        const std::size_t app = hidden.First(components[i].code, hide);
+        if (app == kNoPosition) continue;
+        const std::size_t found = owners.First(i, components[i].keyPath);
+        if (found == kNoPosition) continue;
+        owners.Add(*hide[app], found);
+        LinkSubApp(*main[found], std::move(hide[app]), LinkReason::SharedComponent);
+    }
+}
 
 }  // namespace
 
 ResultCode AttachBySharedComponent(CAppManager& manager, CAppList& main, CAppList& hide) {
-    const GapCloser closer(hide);
     if (hide.empty()) return kSuccess;
-    return ComponentPass(manager, main, hide).Run();
+    ComponentWalk walk(manager, hide);
+    if (auto rc = walk.Run(); Failed(rc)) return PassQuiet(rc);
+    if (!walk.Found().empty()) AttachToFolders(manager, walk.Found(), main, hide);
+    return kSuccess;
 }
 
 }  // namespace roundup

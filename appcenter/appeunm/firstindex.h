@@ -3,9 +3,10 @@
 
 #include <cstddef>
 #include <functional>
-#include <unordered_map>
+#include <string_view>
 #include <vector>
 
+#include "appcenter/appeunm/flatmap.h"
 #include "appcenter/appeunm/reconcilelists.h"
 #include "utility/casemap.h"
 #include "utility/guid.h"
@@ -14,38 +15,37 @@ namespace roundup {
 
 // Each key has the chain of its positions in list order. Applications leave a list but never come back to it, so a
 // position that is found gone is dropped for good, and a question costs the same however many have left before.
-template <class Key, class Hash = std::hash<Key>, class Equal = std::equal_to<Key>>
+template <class Key, class Hash, class Equal>
 class FirstIndex {
   public:
-    // Positions of one key come in ascending order. What a key views must stay as it is.
+    // Positions of one key come in ascending order. What a key views must stay as it is as long as the index.
     void Add(const Key& key, std::size_t position) {
         const std::size_t link = m_links.size();
         m_links.push_back({position, kNoPosition});
-        const auto [at, isNew] = m_chains.try_emplace(key, Chain{link, link});
+        const auto [chain, isNew] = m_chains.TryAdd(key, Chain{link, link});
         if (isNew) return;
-        Chain& chain = at->second;
-        if (chain.first == kNoPosition) {
-            chain.first = link;
-        } else {
-            m_links[chain.last].next = link;
-        }
-        chain.last = link;
+        Append(chain, link);
+    }
+    // The same for keys that are asked for, and for no others: Want first, then AddWanted for whatever there is.
+    void Want(const Key& key) { m_chains.TryAdd(key, Chain{kNoPosition, kNoPosition}); }
+    void AddWanted(const Key& key, std::size_t position) {
+        Chain* const chain = m_chains.Find(key);
+        if (chain == nullptr) return;
+        m_links.push_back({position, kNoPosition});
+        Append(*chain, m_links.size() - 1);
     }
 
-    // The first position of the key but for except that still has its application; kNoPosition when there is none.
-    std::size_t First(const Key& key, const CAppList& list, std::size_t except = kNoPosition) {
-        const auto at = m_chains.find(key);
-        if (at == m_chains.end()) return kNoPosition;
-        return First(
-            at->second, [&list](std::size_t position) { return static_cast<bool>(list[position]); }, except);
+    // The first position of the key that still has its application; kNoPosition when there is none.
+    std::size_t First(const Key& key, const CAppList& list) {
+        return FirstLeft(key, [&list](std::size_t position) { return static_cast<bool>(list[position]); });
     }
-    // The same with a test of the caller's, which never turns true again for a position.
+    // The same with a test of the caller's, which never turns true again for a position, and but for except.
     template <class IsLeft>
     std::size_t FirstLeft(const Key& key, IsLeft isLeft, std::size_t except = kNoPosition) {
-        const auto at = m_chains.find(key);
-        return at != m_chains.end() ? First(at->second, isLeft, except) : kNoPosition;
+        Chain* const chain = m_chains.Find(key);
+        return chain != nullptr ? First(*chain, isLeft, except) : kNoPosition;
     }
-    bool IsEmpty() const noexcept { return m_chains.empty(); }
+    bool IsEmpty() const noexcept { return m_chains.IsEmpty(); }
 
   private:
     struct Link {
@@ -56,6 +56,15 @@ class FirstIndex {
         std::size_t first;
         std::size_t last;
     };
+
+    void Append(Chain& chain, std::size_t link) {
+        if (chain.first == kNoPosition) {
+            chain.first = link;
+        } else {
+            m_links[chain.last].next = link;
+        }
+        chain.last = link;
+    }
 
     template <class IsLeft>
     std::size_t First(Chain& chain, IsLeft isLeft, std::size_t except) {
@@ -70,18 +79,16 @@ class FirstIndex {
                 next = &m_links[*next].next;
             }
         }
-        FixLast(chain);
+        // The end may have been dropped; what is left is at most the position that was excepted.
+        chain.last = chain.first;
         return kNoPosition;
     }
 
-    // After the end of a chain has been dropped: what is left is at most the position that was excepted.
-    void FixLast(Chain& chain) noexcept { chain.last = chain.first; }
-
-    std::unordered_map<Key, Chain, Hash, Equal> m_chains;
+    FlatMap<Key, Chain, Hash, Equal> m_chains;
     std::vector<Link> m_links;
 };
 
-using FirstByCode = FirstIndex<Guid>;
+using FirstByCode = FirstIndex<Guid, std::hash<Guid>, std::equal_to<Guid>>;
 using FirstByText = FirstIndex<std::u16string_view, NoCaseHash, NoCaseEqual>;
 
 }  // namespace roundup

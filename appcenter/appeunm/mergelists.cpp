@@ -7,7 +7,9 @@
 
 #include "appcenter/appeunm/appmatch.h"
 #include "appcenter/appeunm/firstindex.h"
+#include "appcenter/appeunm/flatmap.h"
 #include "appcenter/appeunm/linksubapp.h"
+#include "appcenter/appeunm/lookahead.h"
 #include "utility/casemap.h"
 #include "utility/log.h"
 
@@ -16,23 +18,25 @@ namespace {
 
 // Finds the first entry whose key is equal and whose name is too, if both have one. What follows from that rule keeps
 // the index small: an entry without a name is merged into whatever stands first under its key, so at most the first
-// one of a key can be without. It is the answer for every name; else the first one with that name is.
+// one of a key can be without. It is the answer for every name; else the first one with that name is. Names are looked
+// at, and kept, for the few keys alone that have several.
 class DuplicateIndex {
   public:
-    explicit DuplicateIndex(const CAppList& list) : m_list(list) {}
+    // The list will have so many entries at most.
+    DuplicateIndex(const CAppList& list, std::size_t most) : m_list(list) { m_keys.Reserve(most); }
 
-    std::size_t Find(const CApp& app) const {
-        const auto first = m_firstOfKey.find(app.pwszKeyString.View());
-        if (first == m_firstOfKey.end()) return kNoPosition;
-        if (app.pwszName.IsEmpty() || m_list[first->second]->pwszName.IsEmpty()) return first->second;
-        const auto named = m_firstOfName.find({app.pwszKeyString, app.pwszName});
-        return named != m_firstOfName.end() ? named->second : kNoPosition;
-    }
-    // Called again when an entry without a name has been given one.
-    void Add(std::size_t position) {
-        const CApp& app = *m_list[position];
-        m_firstOfKey.try_emplace(app.pwszKeyString.View(), position);
-        if (!app.pwszName.IsEmpty()) m_firstOfName.try_emplace({app.pwszKeyString, app.pwszName}, position);
+    // The position to merge the entry into. Without one the entry has been noted as the one that will stand next on
+    // the list.
+    std::size_t FindOrNote(const CApp& app) {
+        const std::size_t next = m_list.size();
+        const auto [first, isNew] = m_keys.TryAdd(app.pwszKeyString, next);
+        if (isNew) return kNoPosition;
+        const OwnedString& name = m_list[first]->pwszName;
+        if (app.pwszName.IsEmpty() || name.IsEmpty() || EqualsNoCase(app.pwszName, name)) {
+            return first;
+        }
+        const auto [named, isNewName] = m_names.try_emplace({app.pwszKeyString, app.pwszName}, next);
+        return isNewName ? kNoPosition : named->second;
     }
 
   private:
@@ -50,8 +54,8 @@ class DuplicateIndex {
     };
 
     const CAppList& m_list;
-    std::unordered_map<std::u16string_view, std::size_t, NoCaseHash, NoCaseEqual> m_firstOfKey;
-    std::unordered_map<KeyAndName, std::size_t, Hash> m_firstOfName;
+    FlatMap<std::u16string_view, std::size_t, NoCaseHash, NoCaseEqual> m_keys;
+    std::unordered_map<KeyAndName, std::size_t, Hash> m_names;  // but for the first of each key
 };
 
 // Install records by what an application with a code finds them by: the code, or the package of one without a code.
@@ -101,19 +105,18 @@ bool NamePatch(CApp& patch, const CApp& product) {
 CAppList RemoveDuplicates(const IContinue& goOn, CAppList uninstalls) {
     CAppList unique;
     unique.reserve(uninstalls.size());
-    DuplicateIndex index(unique);
-    for (RefPtr<CApp>& app : uninstalls) {
+    DuplicateIndex index(unique, uninstalls.size());
+    for (std::size_t i = 0; i < uninstalls.size(); ++i) {
         if (goOn.IsContinue() == 0) break;
-        const bool hasKey = !app->pwszKeyString.IsEmpty();
-        const std::size_t first = hasKey ? index.Find(*app) : kNoPosition;
-        if (first != kNoPosition) {
+        LookAhead<&CApp::pwszKeyString>(uninstalls, i);
+        RefPtr<CApp>& app = uninstalls[i];
+        const std::size_t first = app->pwszKeyString.IsEmpty() ? kNoPosition : index.FindOrNote(*app);
+        if (first == kNoPosition) {
+            unique.push_back(std::move(app));
+        } else {
             unique[first]->MergeFrom(*app);
-            index.Add(first);
             app.Reset();
-            continue;
         }
-        unique.push_back(std::move(app));
-        if (hasKey) index.Add(unique.size() - 1);
     }
     return unique;
 }
@@ -123,8 +126,10 @@ void MergeInstallRecords(const IContinue& goOn, CAppList& apps, CAppList& instal
     const GapCloser closer(installs);
     CAppList merged;  // goes behind the index, whose keys are theirs
     InstallIndex index(installs);
-    for (const RefPtr<CApp>& app : apps) {
+    for (std::size_t i = 0; i < apps.size(); ++i) {
         if (goOn.IsContinue() == 0) break;
+        LookAhead<&CApp::ProductCode, &CApp::pwszMsiPath>(apps, i);
+        const RefPtr<CApp>& app = apps[i];
         if (app->ProductCode.IsNil()) continue;
         const std::size_t found = index.Find(*app);
         if (found == kNoPosition) continue;
@@ -138,8 +143,13 @@ void MergeInstallRecords(const IContinue& goOn, CAppList& apps, CAppList& instal
 void AttachPatches(const IContinue& goOn, CAppList& main, CAppList& installs) {
     const GapCloser closer(installs);
     FirstByCode claims;
+    for (const RefPtr<CApp>& patch : installs) {
+        if (IsPatch(*patch)) claims.Want(patch->ProductCode);
+    }
+    if (claims.IsEmpty()) return;
     for (std::size_t i = 0; i < main.size(); ++i) {
-        for (const Guid& code : main[i]->RelatedCodes) claims.Add(code, i);
+        LookAhead<&CApp::RelatedCodes>(main, i);
+        for (const Guid& code : main[i]->RelatedCodes) claims.AddWanted(code, i);
     }
     for (RefPtr<CApp>& patch : installs) {
         if (goOn.IsContinue() == 0) break;

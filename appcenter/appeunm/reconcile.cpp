@@ -1,5 +1,7 @@
 #include "appcenter/appeunm/reconcile.h"
 
+#include <cstddef>
+#include <functional>
 #include <iterator>
 #include <utility>
 
@@ -8,6 +10,7 @@
 #include "appcenter/appeunm/attachclaims.h"
 #include "appcenter/appeunm/hidepasses.h"
 #include "appcenter/appeunm/locationpasses.h"
+#include "appcenter/appeunm/lookahead.h"
 #include "appcenter/appeunm/mergelists.h"
 #include "appcenter/appeunm/rulepasses.h"
 #include "appcenter/appeunm/suitefolder.h"
@@ -25,13 +28,11 @@
 namespace roundup {
 namespace {
 
-// The applications of a source's list, none of which is a store package.
+// The applications of a source's list. These sources make no others.
 CAppList TakeAll(AppList& list) {
     CAppList taken;
     taken.reserve(list.size());
-    for (RefPtr<IApp>& app : list) {
-        if (app->IsAppx() == 0) taken.push_back(RefPtr<CApp>::Adopt(static_cast<CApp*>(app.Detach())));
-    }
+    for (RefPtr<IApp>& app : list) taken.push_back(RefPtr<CApp>::Adopt(static_cast<CApp*>(app.Detach())));
     list.clear();
     return taken;
 }
@@ -51,15 +52,17 @@ void DropRemaining(const IContinue& goOn, const char16_t* what, CAppList& list) 
     list.clear();
 }
 
-using HidePass = ResultCode (*)(CAppManager& manager, CAppList& main, CAppList& hide);
+using HidePass = std::function<ResultCode(CAppManager& manager, CAppList& main, CAppList& hide)>;
 
-constexpr HidePass kHidePasses[] = {
-    AttachSameFolder, AttachByDependency, GroupSuiteComponents, GroupSuiteSiblings,
-    AttachBySource,   AttachRuntimes,     AttachByRules,        AttachBySharedComponent,
-};
-
-void RunHidePasses(CAppManager& manager, CAppList& main, CAppList& hide) {
-    for (const HidePass pass : kHidePasses) {
+void RunHidePasses(CAppManager& manager, CAppList& main, CAppList& hide, RuleBook& rules) {
+    const auto attachByRules = [&rules](CAppManager& owner, CAppList& apps, CAppList& hidden) {
+        return AttachByRules(owner, apps, hidden, rules);
+    };
+    const HidePass passes[] = {
+        AttachSameFolder, AttachByDependency, GroupSuiteComponents, GroupSuiteSiblings,
+        AttachBySource,   AttachRuntimes,     attachByRules,        AttachBySharedComponent,
+    };
+    for (const HidePass& pass : passes) {
         if (manager.IsContinue() == 0) return;
         const ResultCode rc =
             AtBoundary([&] { return pass(manager, main, hide); }, [] { return Fail(SmallCode::ObjectAllocation); });
@@ -67,10 +70,11 @@ void RunHidePasses(CAppManager& manager, CAppList& main, CAppList& hide) {
     }
 }
 
-void CorrectSuiteFolders(const IContinue& goOn, const CAppList& main) {
-    for (const RefPtr<CApp>& app : main) {
+void CorrectSuiteFolders(const IContinue& goOn, const CAppList& main, RuleBook& rules) {
+    for (std::size_t i = 0; i < main.size(); ++i) {
         if (goOn.IsContinue() == 0) return;
-        CorrectSuiteFolder(*app);
+        LookAhead<&CApp::pwszName, &CApp::pwszInstallLoc>(main, i);
+        if (CorrectSuiteFolder(*main[i])) rules.Forget(*main[i]);
     }
 }
 
@@ -89,14 +93,15 @@ void Reconcile(CAppManager& manager, AppList& installs, AppList& uninstalls) {
     CAppList hide;
     SortMain(manager, main, AttachClaimed(manager, main), hide);
     AttachByLocation(manager, main, hide);
-    RunHidePasses(manager, main, hide);
-    CorrectSuiteFolders(manager, main);
+    RuleBook rules;
+    RunHidePasses(manager, main, hide, rules);
+    CorrectSuiteFolders(manager, main, rules);
     DropRemaining(manager, u"remain hideApp", hide);
 
     BreakCycles(manager, main);
     AttachCompatible(manager, main);
-    ShortenLocations(manager, main);
-    AttachRuleSubApps(manager, main);
+    ShortenLocations(manager, main, rules);
+    AttachRuleSubApps(manager, main, rules);
 
     if (manager.IsContinue() == 0) return;
     AppList& apps = manager.Applications();

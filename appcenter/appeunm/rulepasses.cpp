@@ -12,80 +12,108 @@
 #include "appcenter/appadaptermgr/compatibility.h"
 #include "appcenter/appeunm/appmanager.h"
 #include "appcenter/appeunm/attachclaims.h"
+#include "appcenter/appeunm/flatmap.h"
 #include "appcenter/appeunm/linksubapp.h"
+#include "appcenter/appeunm/lookahead.h"
 #include "appcenter/appeunm/patternindex.h"
 #include "utility/casemap.h"
 
 namespace roundup {
 namespace {
 
-// What rules name: parts of names, and keys.
-class RuleTargets {
+// Adapters may narrow the location of an application that they know.
+template <class Take>
+void WithRules(CApp& app, Take take) {
+    CAppRuleSet rules(
+        RuleSetSource{app.pwszKeyString, app.pwszInstallLoc, app.pwszTypeDes, app.pwszOriginalInstallLoc});
+    Ignore(ApplyAdapters(&app, &rules), u"what the adapters could tell stands in the rules");
+    take(rules);
+}
+
+// The compatibility lists of the applications that have one, and where the applications stand that they name.
+class CompatibilityLists {
   public:
-    void Add(const RuleTexts& names, const RuleTexts& keys, std::size_t position) {
-        for (const OwnedString& name : names) m_names.Add(name, position);
-        for (const OwnedString& key : keys) m_keys.try_emplace(std::u16string(key), position);
+    // A list by the position of its owner.
+    using Lists = std::vector<std::pair<std::size_t, CompatibilityMap>>;
+
+    CompatibilityLists(const IContinue& goOn, const CAppList& apps) {
+        for (std::size_t i = 0; i < apps.size() && goOn.IsContinue() != 0; ++i) {
+            CompatibilityMap names;
+            LoadCompatibility(apps[i]->pwszKeyString, names);
+            if (!names.empty()) m_lists.emplace_back(i, std::move(names));
+        }
+        for (const auto& [owner, names] : m_lists) {
+            for (const auto& [name, number] : names) m_named.TryAdd(name, {});
+        }
+        for (std::size_t i = 0; i < apps.size() && !m_lists.empty(); ++i) {
+            Positions* const positions = m_named.Find(apps[i]->pwszKeyString);
+            if (positions != nullptr) positions->push_back(i);
+        }
     }
-    // Positions come in ascending order, so the first that named a key stays.
-    std::size_t First(const CApp& app) {
-        const std::size_t byName = m_names.First(app.pwszName);
-        const auto byKey = m_keys.find(app.pwszKeyString.View());
-        return byKey != m_keys.end() ? std::min(byName, byKey->second) : byName;
+    const Lists& All() const noexcept { return m_lists; }
+
+    // Where the applications stand that the names stand for, but for their owner, in the order in which they are
+    // attached. They are not found again.
+    std::vector<std::size_t> Take(const CompatibilityMap& names, std::size_t owner) {
+        std::vector<std::pair<std::uint32_t, std::size_t>> found;
+        for (const auto& [name, number] : names) {
+            Positions& positions = *m_named.Find(name);
+            for (const std::size_t position : positions) {
+                if (position != owner) found.emplace_back(number, position);
+            }
+            std::erase_if(positions, [owner](std::size_t position) { return position != owner; });
+        }
+        std::ranges::sort(found);
+        std::vector<std::size_t> ordered;
+        for (const auto& [number, position] : found) ordered.push_back(position);
+        return ordered;
     }
 
   private:
-    PatternIndex m_names;
-    std::unordered_map<std::u16string, std::size_t, NoCaseHash, NoCaseEqual> m_keys;
+    using Positions = std::vector<std::size_t>;
+
+    Lists m_lists;
+    FlatMap<std::u16string_view, Positions, NoCaseHash, NoCaseEqual> m_named;
 };
-
-// Makes the rules of each application and hands them to take with its position. Adapters may narrow the location of an
-// application that they know.
-template <class Take>
-void ForEachRules(const IContinue& goOn, const CAppList& main, Take take) {
-    Ignore(LoadAdapters(), u"without adapters the rule files stand alone");
-    for (std::size_t i = 0; i < main.size() && goOn.IsContinue() != 0; ++i) {
-        CApp& app = *main[i];
-        CAppRuleSet rules(
-            RuleSetSource{app.pwszKeyString, app.pwszInstallLoc, app.pwszTypeDes, app.pwszOriginalInstallLoc});
-        Ignore(ApplyAdapters(&app, &rules), u"what the adapters could tell stands in the rules");
-        take(rules, i);
-    }
-}
-
-// Positions of the list by key.
-using KeyPositions = std::unordered_map<std::u16string_view, std::vector<std::size_t>, NoCaseHash, NoCaseEqual>;
-
-struct Listed {
-    std::uint32_t number;  // in the compatibility list
-    std::size_t position;
-};
-
-// What a compatibility list names of what is still on the list, but for its own application, in the order in which it
-// is attached. What is found leaves the index.
-std::vector<Listed> FindListed(const CompatibilityMap& names, KeyPositions& byKey, const CAppList& main,
-                               std::size_t owner) {
-    std::vector<Listed> found;
-    for (const auto& [name, number] : names) {
-        const auto at = byKey.find(name.View());
-        if (at == byKey.end()) continue;
-        for (const std::size_t position : at->second) {
-            if (position != owner && main[position]) found.push_back({number, position});
-        }
-        std::erase_if(at->second, [owner](std::size_t position) { return position != owner; });
-    }
-    std::ranges::sort(found, {}, [](const Listed& listed) { return std::pair(listed.number, listed.position); });
-    return found;
-}
 
 }  // namespace
 
+void RuleBook::Make(const IContinue& goOn, const CAppList& main, RuleTargets& hidden) {
+    Ignore(LoadAdapters(), u"without adapters the rule files stand alone");
+    for (std::size_t i = 0; i < main.size(); ++i) {
+        if (goOn.IsContinue() == 0) return;
+        LookAhead<&CApp::pwszKeyString, &CApp::pwszName, &CApp::pwszInstallLoc>(main, i);
+        WithRules(*main[i], [&](CAppRuleSet& rules) {
+            hidden.Add(rules.HideNames, rules.HideKeys, i);
+            if (rules.HasSubAppRules()) Note(*main[i], rules);
+        });
+    }
+    m_isWhole = true;
+}
+
+const SubAppRules* RuleBook::Note(const CApp& app, CAppRuleSet& rules) {
+    SubAppRules& noted = m_rules[&app];
+    noted = {std::move(rules.SubAppNames), std::move(rules.SubAppKeys)};
+    return &noted;
+}
+
+const SubAppRules* RuleBook::Find(CApp& app) {
+    if (m_isWhole && !m_forgotten.contains(&app)) {
+        const auto noted = m_rules.find(&app);
+        return noted != m_rules.end() ? &noted->second : nullptr;
+    }
+    const SubAppRules* found = nullptr;
+    WithRules(app, [&](CAppRuleSet& rules) {
+        if (rules.HasSubAppRules()) found = Note(app, rules);
+    });
+    return found;
+}
+
 // Row 15.
-ResultCode AttachByRules(CAppManager& manager, CAppList& main, CAppList& hide) {
+ResultCode AttachByRules(CAppManager& manager, CAppList& main, CAppList& hide, RuleBook& rules) {
     const GapCloser closer(hide);
     RuleTargets targets;
-    ForEachRules(manager, main, [&targets](const CAppRuleSet& rules, std::size_t position) {
-        targets.Add(rules.HideNames, rules.HideKeys, position);
-    });
+    rules.Make(manager, main, targets);
     for (RefPtr<CApp>& app : hide) {
         if (manager.IsContinue() == 0) break;
         const std::size_t found = targets.First(*app);
@@ -96,47 +124,41 @@ ResultCode AttachByRules(CAppManager& manager, CAppList& main, CAppList& hide) {
 
 // Row 20. Every application's list is read, also when an earlier one has taken the application itself off the list.
 void AttachCompatible(const IContinue& goOn, CAppList& main) {
+    CompatibilityLists lists(goOn, main);
+    if (lists.All().empty()) return;
     const CAppList all(main);
     const GapCloser closer(main);
-    KeyPositions byKey;
-    for (std::size_t i = 0; i < all.size(); ++i) {
-        if (!all[i]->pwszKeyString.IsEmpty()) byKey[all[i]->pwszKeyString].push_back(i);
-    }
     ParentPositions parents(all.size(), kNoPosition);
-    for (std::size_t i = 0; i < all.size() && goOn.IsContinue() != 0; ++i) {
-        CompatibilityMap names;
-        LoadCompatibility(all[i]->pwszKeyString, names);
-        for (const Listed& listed : FindListed(names, byKey, main, i)) {
-            all[i]->llEstimatedSize += main[listed.position]->llEstimatedSize;
-            LinkSubApp(*all[i], std::move(main[listed.position]), LinkReason::CompatibilityList);
-            parents[listed.position] = i;
+    for (const auto& [owner, names] : lists.All()) {
+        if (goOn.IsContinue() == 0) break;
+        for (const std::size_t position : lists.Take(names, owner)) {
+            all[owner]->llEstimatedSize += main[position]->llEstimatedSize;
+            LinkSubApp(*all[owner], std::move(main[position]), LinkReason::CompatibilityList);
+            parents[position] = owner;
         }
     }
     CutCircles(all, parents);
 }
 
 // Row 22.
-void AttachRuleSubApps(const IContinue& goOn, CAppList& main) {
+void AttachRuleSubApps(const IContinue& goOn, CAppList& main, RuleBook& rules) {
+    const GapCloser closer(main);
+    Ignore(LoadAdapters(), u"without adapters the rule files stand alone");
     CAppList owners;
     CAppList others;
     RuleTargets targets;
-    std::size_t taken = 0;
-    ForEachRules(goOn, main, [&](const CAppRuleSet& rules, std::size_t position) {
-        taken = position + 1;
-        if (!rules.HasSubAppRules()) {
-            others.push_back(std::move(main[position]));
-            return;
-        }
-        targets.Add(rules.SubAppNames, rules.SubAppKeys, owners.size());
-        owners.push_back(std::move(main[position]));
-    });
+    for (std::size_t i = 0; i < main.size(); ++i) {
+        if (goOn.IsContinue() == 0) return;
+        const SubAppRules* const found = rules.Find(*main[i]);
+        if (found != nullptr) targets.Add(found->names, found->keys, owners.size());
+        (found != nullptr ? owners : others).push_back(std::move(main[i]));
+    }
     for (RefPtr<CApp>& app : others) {
         if (goOn.IsContinue() == 0) break;
         const std::size_t found = targets.First(*app);
         if (found != kNoPosition) LinkSubApp(*owners[found], std::move(app), LinkReason::Rule);
     }
     main = std::move(owners);
-    const GapCloser closer(main);
     main.insert(main.end(), std::make_move_iterator(others.begin()), std::make_move_iterator(others.end()));
 }
 

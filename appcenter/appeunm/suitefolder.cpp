@@ -22,18 +22,19 @@ std::u16string FollowFolder(std::u16string folder) {
 }  // namespace
 
 // Row 17.
-void CorrectSuiteFolder(CApp& app) {
-    if (app.pwszInstallLoc.IsEmpty() || !ContainsNoCase(app.pwszName, u"Adobe")) return;
+bool CorrectSuiteFolder(CApp& app) {
+    if (app.pwszInstallLoc.IsEmpty() || !ContainsNoCase(app.pwszName, u"Adobe")) return false;
     std::u16string folder = FollowFolder(std::u16string(app.pwszInstallLoc));
-    if (folder.empty()) return;
+    if (folder.empty()) return false;
     if (folder.back() == u'\\') folder.pop_back();
     const std::u16string product = FindFamilyFolder(app.pwszName, folder);
-    if (product.empty()) return;
+    if (product.empty()) return false;
 
     folder.append(u"\\").append(product);
     const std::u16string target = FollowFolder(folder);
     AssignString(app.pwszInstallLoc, std::u16string(app.pwszInstallLoc) + u"\\" + product);
     AssignString(app.pwszRealInstallLoc, target.empty() ? folder : target);
+    return true;
 }
 
 }  // namespace roundup

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "appcenter/appeunm/appmanager.h"
+#include "appcenter/appeunm/lookahead.h"
 #include "utility/casemap.h"
 #include "utility/log.h"
 #include "utility/reg.h"
@@ -43,10 +44,11 @@ class Allowance {
     std::size_t m_looks = kMostLooks;
 };
 
+// All names of the family begin alike, and hardly any other name has that.
 bool IsOfficeFamily(const CApp& app) {
-    return !app.pwszKeyString.IsEmpty() && std::ranges::any_of(kFamilyNames, [&app](std::u16string_view name) {
-        return ContainsNoCase(app.pwszName, name);
-    });
+    if (app.pwszKeyString.IsEmpty() || !ContainsNoCase(app.pwszName, u"Microsoft ")) return false;
+    return std::ranges::any_of(kFamilyNames,
+                               [&app](std::u16string_view name) { return ContainsNoCase(app.pwszName, name); });
 }
 
 // The program that changes an installation, from its Uninstall key in the 64-bit view, else in the 32-bit one. No
@@ -142,8 +144,10 @@ using Members = std::vector<CApp*>;
 // Members of each year, in the order of kSiblingYears, which is that of their texts too.
 std::vector<Members> CollectSiblings(const IContinue& goOn, const CAppList& main) {
     std::vector<Members> years(std::size(kSiblingYears));
-    for (const RefPtr<CApp>& app : main) {
+    for (std::size_t i = 0; i < main.size(); ++i) {
         if (goOn.IsContinue() == 0) break;
+        LookAhead<&CApp::pwszName>(main, i);
+        const RefPtr<CApp>& app = main[i];
         if (!IsOfficeFamily(*app)) continue;
         const std::optional<OwnedString> modify = ReadModifyPath(*app);
         if (!modify || ContainsNoCase(*modify, u"ClickToRun")) continue;

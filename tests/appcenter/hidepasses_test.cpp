@@ -173,7 +173,11 @@ TEST_F(HidePassTest, SharedComponents_FollowTheKeyPathToTheFolderOfAnApplication
 TEST_F(HidePassTest, RuleFiles_HideByPartOfANameAndByKey) {
     builder.HostFile(u"Config\\a.INC", RuleBytes(u"HIDEAPPNAME:Part\r\nHIDEAPPKEY:K1\r\nHIDEAPPNAME:artful\r\n"))
         .HostFile(u"Config\\b.INC", RuleBytes(u"HIDEAPPNAME:PAR\r\nHIDEAPPKEY:k2\r\n"));
-    EXPECT_EQ(Passed(&AttachByRules, {{.key = u"c"}, {.key = u"b"}, {.key = u"a"}},
+    const auto attach = [](CAppManager& manager, CAppList& main, CAppList& hide) {
+        RuleBook rules;
+        return AttachByRules(manager, main, hide, rules);
+    };
+    EXPECT_EQ(Passed(attach, {{.key = u"c"}, {.key = u"b"}, {.key = u"a"}},
                      {{.key = u"h1", .name = u"x part y"},
                       {.key = u"k1", .name = u"n"},
                       {.key = u"K2", .name = u"n"},

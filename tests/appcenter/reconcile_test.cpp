@@ -8,6 +8,7 @@
 #include "appcenter/appeunm/attachclaims.h"
 #include "appcenter/appeunm/locationpasses.h"
 #include "appcenter/appeunm/mergelists.h"
+#include "appcenter/appeunm/rulepasses.h"
 #include "tests/appcenter/reconcile_support.h"
 #include "utility/formattext.h"
 #include "utility/utf.h"
@@ -205,7 +206,8 @@ TEST_F(ReconcileTest, Location_MovesUpToTheShortestFolderOfAPart) {
     };
     for (const auto& c : cases) {
         const CAppList apps = MakeList({{.key = u"a", .location = c.own, .parts = c.parts}});
-        ShortenLocations(StartManager(), apps);
+        RuleBook rules;
+        ShortenLocations(StartManager(), apps, rules);
         EXPECT_EQ(apps[0]->pwszInstallLoc.View(), c.result);
     }
 }
