@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <tuple>
 
 #include "tests/recorded/iconfiles.h"
@@ -250,7 +251,7 @@ TEST_F(RecordedIconsTest, Stretching_KeepsCommonBitsOrRepeatsPixels) {
     }
 }
 
-TEST_F(RecordedIconsTest, TruncatedFiles_AreAbsentOrShownWhole) {
+TEST_F(RecordedIconsTest, TruncatedOrCorruptFiles_AreAbsentOrShownWhole) {
     const std::vector<IconPart> parts = {Plain(8, 32, 0x80112233), Plain(8, 4, kRed), Plain(6, 1, kBlue)};
     const std::string files[] = {MakeProgram({{0, u"A", parts}, {7, {}, {Plain(5, 16, 1)}}}, false),
                                  MakeProgram({{1, {}, parts}}, true), MakeIconFile(parts)};
@@ -265,6 +266,17 @@ TEST_F(RecordedIconsTest, TruncatedFiles_AreAbsentOrShownWhole) {
     };
     for (const std::string& file : files) {
         for (std::size_t size = 0; size < file.size(); ++size) expectSound(std::string_view(file).substr(0, size));
+    }
+    std::mt19937 random(7);
+    for (std::size_t round = 0; round < 4500; ++round) {
+        std::string broken = files[round % std::size(files)];
+        for (std::uint32_t i = random() % 4 + 1; i > 0; --i) {
+            // Numbers at the edges find more than any others do.
+            const auto word = static_cast<std::uint32_t>(random() & 0xFFFF);
+            const std::uint32_t edges[] = {0, 1, 0xFFFFFFFF, 0x7FFFFFFF, 0x80000000, 0x40, word};
+            Put32(broken, random() % (broken.size() - 4), edges[random() % std::size(edges)]);
+        }
+        expectSound(broken);
     }
 }
 

@@ -163,6 +163,14 @@ TEST_F(RegistryTextTest, MalformedLines_AreToldWithFileAndLine) {
     for (const auto& [text, message] : rows) EXPECT_EQ(Parse(text), message);
 }
 
+// Cut anywhere, an export is either still whole lines or told to be broken, and never read past its end.
+TEST_F(RegistryTextTest, TruncatedAnywhere_EndsInAMessageOrInWholeLines) {
+    const std::string text = kVersion + "[HKEY_LOCAL_MACHINE\\T]\r\n\"a\"=\"b\\\\\"\r\n\"c\"=hex(2):01,\\\r\n  02\r\n";
+    int good = 0;
+    for (std::size_t length = 0; length < text.size(); ++length) good += Parse(text.substr(0, length)).empty();
+    EXPECT_LT(good, 20);
+}
+
 class RegistryFilesTest : public RegistryTextTest {
   protected:
     void Write(const std::string& name, const std::string& text) { m_temp.Write("registry/" + name, text); }
