@@ -60,9 +60,10 @@ bool SplitPlainLine(std::u16string_view line, std::u16string_view& program, std:
     rest = line.substr(quoted ? end + 1 : end);
     if (!rest.empty() && rest.front() != u' ') return false;
     // Without a branch for each character, so that many are looked at at a time.
-    unsigned found = 0;
-    for (const char16_t c : program) found |= static_cast<unsigned>(c < u' ') | static_cast<unsigned>(c == u'"');
-    for (const char16_t c : rest) found |= static_cast<unsigned>(c < u' ') | static_cast<unsigned>(c == u'"');
+    char16_t found = 0;
+    const auto mark = [&found](bool is) { found = static_cast<char16_t>(found | static_cast<char16_t>(is)); };
+    for (const char16_t c : program) mark((c < u' ') | (c == u'"'));
+    for (const char16_t c : rest) mark((c < u' ') | (c == u'"'));
     return found == 0;
 }
 

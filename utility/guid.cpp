@@ -44,7 +44,7 @@ constexpr Places PlacesIn(std::u16string_view layout) noexcept {
 constexpr Places kPlaces[] = {PlacesIn(kLayouts[0]), PlacesIn(kLayouts[1]), PlacesIn(kLayouts[2]),
                               PlacesIn(kLayouts[3])};
 
-// The values of hexadecimal digits; any other character has a bit above them.
+// The values of hexadecimal digits; any other character of ASCII has a bit above them.
 constexpr std::uint8_t kNoDigit = 0x80;
 constexpr auto kDigitValues = [] {
     std::array<std::uint8_t, 128> values{};
@@ -55,8 +55,6 @@ constexpr auto kDigitValues = [] {
     }
     return values;
 }();
-
-constexpr std::uint32_t DigitOf(char16_t c) noexcept { return c < kDigitValues.size() ? kDigitValues[c] : kNoDigit; }
 
 }  // namespace
 
@@ -69,14 +67,19 @@ Guid ParseGuid(TextOrNull source, GuidForm form) noexcept {
         if (text[places.marks[i]] != layout[places.marks[i]]) return Guid{};
     }
     Guid value;
-    std::uint32_t seen = 0;
+    // What was seen of all digits is looked at once: in most texts each of them is one.
+    std::uint32_t characters = 0;
+    std::uint32_t digits = 0;
     for (std::size_t i = 0; i < value.bytes.size(); ++i) {
-        const std::uint32_t high = DigitOf(text[places.high[i]]);
-        const std::uint32_t low = DigitOf(text[places.low[i]]);
-        seen |= high | low;
+        const std::uint32_t first = text[places.high[i]];
+        const std::uint32_t second = text[places.low[i]];
+        const std::uint32_t high = kDigitValues[first % kDigitValues.size()];
+        const std::uint32_t low = kDigitValues[second % kDigitValues.size()];
+        characters |= first | second;
+        digits |= high | low;
         value.bytes[i] = static_cast<std::uint8_t>(high << 4 | low);
     }
-    return seen < kNoDigit ? value : Guid{};
+    return characters < kDigitValues.size() && digits < kNoDigit ? value : Guid{};
 }
 
 FixedText<39> GuidText(const Guid& value, GuidForm form) noexcept {

@@ -86,13 +86,13 @@ std::size_t GetPathForm(PathForm form, const char16_t* source, char16_t* target,
 // Nearly every path is clean, so this looks at all of it without a branch, many characters at a time.
 bool IsCleanPath(std::u16string_view path) noexcept {
     if (path.empty() || path.front() == u'"' || path.back() == u'\\') return false;
-    unsigned found = 0;
-    char16_t before = u'\0';
-    for (const char16_t c : path) {
-        found |= static_cast<unsigned>(c == u'\0') | static_cast<unsigned>(c == u'/') |
-                 (static_cast<unsigned>(c == u'\\') & static_cast<unsigned>(before == u'\\'));
-        before = c;
+    char16_t found = 0;
+    const auto mark = [&found](bool is) { found = static_cast<char16_t>(found | static_cast<char16_t>(is)); };
+    const char16_t* const text = path.data();
+    for (std::size_t i = 0; i + 1 < path.size(); ++i) {
+        mark((text[i] == u'\0') | (text[i] == u'/') | ((text[i] == u'\\') & (text[i + 1] == u'\\')));
     }
+    mark((path.back() == u'\0') | (path.back() == u'/'));
     return found == 0;
 }
 

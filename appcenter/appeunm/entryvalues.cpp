@@ -58,8 +58,10 @@ constexpr auto kFirst = [] {
 }();
 
 std::uint8_t FindSlot(std::u16string_view name) noexcept {
-    if (name.size() > kLongestName) return kNoSlot;
+    if (name.empty() || name.size() > kLongestName) return kNoSlot;
     for (std::size_t i = kFirst[name.size()]; i < kFirst[name.size() + 1]; ++i) {
+        // All names begin with a letter of ASCII, so one bit folds it.
+        if (((name.front() ^ kNames[i].name.front()) & ~0x20) != 0) continue;
         if (EqualsNoCase(name, kNames[i].name)) return kNames[i].slot;
     }
     return kNoSlot;

@@ -14,6 +14,11 @@ FileTree::FileTree(std::unique_ptr<IFileSource> source) : m_source(std::move(sou
     FolderNode::NamesChanged();
 }
 
+MappedFolder* FileTree::MappedAt(const FileEntry& entry) noexcept {
+    const FolderNode* const folder = entry.folder.load(std::memory_order_acquire);
+    return folder != nullptr ? folder->Mapped() : nullptr;
+}
+
 FileEntry* FileTree::DriveOf(char16_t letter) const noexcept {
     const char16_t upper = ToUpper(letter);
     return upper >= u'A' && upper <= u'Z' ? m_drives[static_cast<std::size_t>(upper - u'A')] : nullptr;
@@ -47,9 +52,7 @@ FileTree::Found FileTree::FindFrom(FileEntry& start, std::u16string_view rest, L
         FileEntry* entry = found.entry;
         if (rest.empty() && last == Last::AsItIs) {
             // A mapped folder answers for itself, so that its own rules hold for it too.
-            if (FolderNode* folder = entry->folder.load(std::memory_order_acquire); folder != nullptr) {
-                found.mapped = folder->Mapped();
-            }
+            found.mapped = MappedAt(*entry);
             return found;
         }
         if (entry->extras && !entry->extras->reparseTarget.empty()) return FollowMount(*entry, rest, last, search);
@@ -64,13 +67,13 @@ FileTree::Found FileTree::FindFrom(FileEntry& start, std::u16string_view rest, L
             if (!rest.empty()) found.error = kErrorPathNotFound, found.entry = nullptr;
             return found;
         }
-        FolderNode& folder = FolderOf(*entry);
-        if (folder.Mapped() != nullptr) {
-            found.mapped = folder.Mapped();
+        if (MappedFolder* const mapped = MappedAt(*entry)) {
+            found.mapped = mapped;
             found.rest = rest;
             return found;
         }
         if (rest.empty()) return found;
+        FolderNode& folder = FolderOf(*entry);
         const std::u16string_view part = TakePart(rest);
         found.entry = folder.Find(part, found.error);
         if (found.entry == nullptr) {

@@ -76,7 +76,8 @@ class FileTree {
     FileEntry* FollowLink(FileEntry& link, Search& search);
     FileEntry* FolderBehind(FileEntry& entry);
     FileEntry* DriveOf(char16_t letter) const noexcept;
-    static bool IsMapped(const FileEntry& entry) noexcept;
+    // What stands in place of the folder that the entry is, if anything.
+    static MappedFolder* MappedAt(const FileEntry& entry) noexcept;
     static bool IsPlainFolder(const FileEntry& entry);
 
     std::unique_ptr<IFileSource> m_source;

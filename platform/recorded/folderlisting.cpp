@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <bit>
+#include <new>
 
 #include "platform/filesystem.h"
 #include "platform/recorded/hostfs.h"
 #include "platform/recorded/registry/foldedname.h"
 #include "platform/recorded/winpath.h"
+#include "utility/casemap.h"
 
 namespace roundup {
 
@@ -53,9 +55,22 @@ std::uint64_t Seed() noexcept {
     return seed;
 }
 
+bool IsName(const FileEntry& entry, std::u16string_view name) noexcept {
+    if (entry.name.size() != name.size()) return false;
+    return EqualsExactly(entry.name, name) || CompareFolded(entry.name, name) == 0;
+}
+
+// A path goes on in the folder that was found, which lies anywhere in memory: its node with the first of its entries
+// and names is on its way while the name is compared.
+void Prefetch(const FolderNode* folder) noexcept {
+    const auto* const start = reinterpret_cast<const char*>(folder);
+    if (folder == nullptr) return;
+    for (std::size_t line = 0; line < 3; ++line) __builtin_prefetch(start + line * 64);
+}
+
 }  // namespace
 
-FolderNode::Listing::Listing(FolderNode& folder, std::vector<SourceEntry> source, Win32Error error) : m_error(error) {
+void FolderListing::Prepare(std::vector<SourceEntry>& source) {
     std::erase_if(source, [](const SourceEntry& entry) { return !CanBeShown(entry); });
     if (!std::is_sorted(source.begin(), source.end(), ListedBefore)) {
         std::sort(source.begin(), source.end(), ListedBefore);
@@ -64,53 +79,64 @@ FolderNode::Listing::Listing(FolderNode& folder, std::vector<SourceEntry> source
         std::unique(source.begin(), source.end(),
                     [](const SourceEntry& a, const SourceEntry& b) { return CompareFolded(a.name, b.name) == 0; }),
         source.end());
-    Fill(folder, source);
-    Index();
 }
 
-void FolderNode::Listing::Fill(FolderNode& folder, const std::vector<SourceEntry>& source) {
-    m_count = source.size();
-    m_entries = std::make_unique<FileEntry[]>(m_count);
-    std::size_t length = 0;
-    for (const SourceEntry& entry : source) length += entry.name.size();
-    m_names.reserve(length);
-    for (std::size_t i = 0; i < m_count; ++i) {
-        FileEntry& entry = m_entries[i];
-        const std::size_t start = m_names.size();
-        m_names.append(source[i].name);
-        entry.name = std::u16string_view(m_names.data() + start, source[i].name.size());
-        entry.parent = &folder;
-        entry.kind = source[i].kind;
-        entry.attributes = DefaultAttributes(entry.kind);
-        entry.size = entry.kind == SourceKind::File ? source[i].size : 0;
-    }
+std::size_t FolderListing::SlotsFor(std::size_t count) noexcept {
+    return count > kFewEntries ? std::bit_ceil(count * 2) : 0;
 }
 
-void FolderNode::Listing::Index() {
-    if (m_count <= kFewEntries) return;
-    m_slots.resize(std::bit_ceil(m_count * 2));
-    const std::size_t mask = m_slots.size() - 1;
-    for (std::size_t i = 0; i < m_count; ++i) {
+std::size_t FolderListing::RoomFor(const std::vector<SourceEntry>& source) noexcept {
+    std::size_t characters = 0;
+    for (const SourceEntry& entry : source) characters += entry.name.size();
+    return source.size() * sizeof(FileEntry) + SlotsFor(source.size()) * sizeof(Slot) + characters * sizeof(char16_t);
+}
+
+FolderListing::FolderListing(FolderNode& folder, std::byte* room, const std::vector<SourceEntry>& source,
+                             Win32Error error) noexcept
+    : m_entries(reinterpret_cast<FileEntry*>(room)),
+      m_slots(reinterpret_cast<Slot*>(room + source.size() * sizeof(FileEntry))),
+      m_slotCount(static_cast<std::uint32_t>(SlotsFor(source.size()))),
+      m_error(error) {
+    std::uninitialized_value_construct_n(m_slots, m_slotCount);
+    auto* names = reinterpret_cast<char16_t*>(m_slots + m_slotCount);
+    for (const SourceEntry& entry : source) AddEntry(folder, entry, names);
+    if (m_slotCount != 0) Index();
+}
+
+void FolderListing::AddEntry(FolderNode& folder, const SourceEntry& source, char16_t*& names) noexcept {
+    FileEntry& entry = *new (m_entries + m_count++) FileEntry;
+    entry.name = {names, source.name.size()};
+    names = std::copy(source.name.begin(), source.name.end(), names);
+    entry.parent = &folder;
+    entry.kind = source.kind;
+    entry.attributes = DefaultAttributes(entry.kind);
+    entry.size = entry.kind == SourceKind::File ? source.size : 0;
+}
+
+void FolderListing::Index() noexcept {
+    const std::size_t mask = m_slotCount - 1;
+    for (std::uint32_t i = 0; i < m_count; ++i) {
         const std::uint32_t hash = FoldedName(m_entries[i].name, Seed()).Hash();
         std::size_t place = hash & mask;
         while (m_slots[place].index != 0) place = (place + 1) & mask;
-        m_slots[place] = {hash, static_cast<std::uint32_t>(i + 1)};
+        m_slots[place] = {hash, i + 1};
     }
 }
 
-FileEntry* FolderNode::Listing::Find(std::u16string_view name) const noexcept {
-    if (m_slots.empty()) {
+FileEntry* FolderListing::Find(std::u16string_view name) const noexcept {
+    if (m_slotCount == 0) {
         for (FileEntry& entry : Entries()) {
-            if (entry.name.size() == name.size() && CompareFolded(entry.name, name) == 0) return &entry;
+            if (IsName(entry, name)) return &entry;
         }
         return nullptr;
     }
     const std::uint32_t hash = FoldedName(name, Seed()).Hash();
-    const std::size_t mask = m_slots.size() - 1;
+    const std::size_t mask = m_slotCount - 1;
     for (std::size_t place = hash & mask; m_slots[place].index != 0; place = (place + 1) & mask) {
         if (m_slots[place].hash != hash) continue;
         FileEntry& entry = m_entries[m_slots[place].index - 1];
-        if (CompareFolded(entry.name, name) == 0) return &entry;
+        Prefetch(entry.folder.load(std::memory_order_relaxed));
+        if (IsName(entry, name)) return &entry;
     }
     return nullptr;
 }

@@ -1,26 +1,67 @@
 #include "platform/recorded/foldernode.h"
 
 #include <algorithm>
+#include <array>
+#include <mutex>
+#include <new>
 
 #include "platform/filesystem.h"
-#include "platform/recorded/folderlisting.h"
 #include "platform/recorded/wineshortname.h"
 
 namespace roundup {
 
-FileEntry::~FileEntry() { delete folder.load(); }
+namespace {
 
-FolderNode::~FolderNode() {
-    delete m_listing.load();
-    delete m_changes.load();
+// So that a node with the first of its entries takes as few cache lines as it can.
+constexpr std::align_val_t kBlockAlignment{64};
+
+// Where the path of an entry leads from the root of the source; empty for the root itself.
+std::u16string PathOf(const FileEntry& entry) {
+    if (entry.parent == nullptr) return {};
+    std::u16string path = entry.parent->SourcePath();
+    if (!path.empty()) path.push_back(u'\\');
+    return path.append(entry.name);
 }
+
+// Held while a folder is made: it is listed by one thread, once, and the others wait. Folders share them, since there
+// are very many.
+std::mutex& MakingOf(const FileEntry& entry) noexcept {
+    static std::array<std::mutex, 32> locks;
+    return locks[reinterpret_cast<std::uintptr_t>(&entry) / alignof(FileEntry) / 8 % locks.size()];
+}
+
+}  // namespace
+
+FileEntry::~FileEntry() { FolderNode::Destroy(folder.load()); }
+
+FolderNode::FolderNode(FileEntry& self, IFileSource* source, const std::vector<SourceEntry>& listed,
+                       Win32Error error) noexcept
+    : m_self(self), m_source(source), m_listing(*this, reinterpret_cast<std::byte*>(this + 1), listed, error) {}
+
+FolderNode::~FolderNode() { delete m_changes.load(); }
 
 FolderNode& FolderNode::Of(FileEntry& entry, IFileSource* source) {
     if (FolderNode* made = entry.folder.load(std::memory_order_acquire)) return *made;
-    auto fresh = std::make_unique<FolderNode>(entry, entry.fromSource ? source : nullptr);
-    FolderNode* expected = nullptr;
-    if (!entry.folder.compare_exchange_strong(expected, fresh.get(), std::memory_order_acq_rel)) return *expected;
-    return *fresh.release();
+    const std::lock_guard guard(MakingOf(entry));
+    if (FolderNode* made = entry.folder.load(std::memory_order_relaxed)) return *made;
+    FolderNode* const made = Make(entry, entry.fromSource ? source : nullptr);
+    entry.folder.store(made, std::memory_order_release);
+    return *made;
+}
+
+FolderNode* FolderNode::Make(FileEntry& entry, IFileSource* source) {
+    static_assert(sizeof(FolderNode) % alignof(FileEntry) == 0);
+    std::vector<SourceEntry> listed;
+    const Win32Error error = source != nullptr ? source->List(PathOf(entry), listed) : kErrorSuccess;
+    FolderListing::Prepare(listed);
+    void* const block = ::operator new(sizeof(FolderNode) + FolderListing::RoomFor(listed), kBlockAlignment);
+    return new (block) FolderNode(entry, source, listed, error);
+}
+
+void FolderNode::Destroy(FolderNode* folder) noexcept {
+    if (folder == nullptr) return;
+    folder->~FolderNode();
+    ::operator delete(folder, kBlockAlignment);
 }
 
 // Filled from its end, since the way goes up.
@@ -40,38 +81,25 @@ std::u16string FolderNode::SourcePath() const {
     return path;
 }
 
-const FolderNode::Listing& FolderNode::Listed() {
-    if (const Listing* listing = m_listing.load(std::memory_order_acquire)) return *listing;
-    const std::lock_guard guard(m_making);
-    if (const Listing* listing = m_listing.load(std::memory_order_relaxed)) return *listing;
-    std::vector<SourceEntry> entries;
-    Win32Error error = kErrorSuccess;
-    if (m_source != nullptr) error = m_source->List(SourcePath(), entries);
-    auto listing = std::make_unique<const Listing>(*this, std::move(entries), error);
-    m_listing.store(listing.get(), std::memory_order_release);
-    return *listing.release();
-}
-
 FolderNode::Changes& FolderNode::ChangesForWriting() {
     if (Changes* changes = m_changes.load(std::memory_order_acquire)) return *changes;
-    const std::lock_guard guard(m_making);
-    if (Changes* changes = m_changes.load(std::memory_order_relaxed)) return *changes;
-    auto changes = std::make_unique<Changes>();
-    m_changes.store(changes.get(), std::memory_order_release);
-    return *changes.release();
+    auto fresh = std::make_unique<Changes>();
+    Changes* expected = nullptr;
+    if (!m_changes.compare_exchange_strong(expected, fresh.get(), std::memory_order_acq_rel)) return *expected;
+    return *fresh.release();
 }
 
 // A name that is not there may be the short one of a name that is; only in these sources is it worth a look at all.
-FileEntry* FolderNode::FindListed(std::u16string_view name) {
-    if (FileEntry* found = Listed().Find(name)) return found;
+FileEntry* FolderNode::FindListed(std::u16string_view name) const {
+    if (FileEntry* found = m_listing.Find(name)) return found;
     if (!LooksLikeWineShortName(name) || m_source == nullptr || !m_source->HasWineShortNames()) return nullptr;
-    for (FileEntry& entry : Listed().Entries()) {
+    for (FileEntry& entry : m_listing.Entries()) {
         if (EqualsNoCase(WineShortName(entry.name), name)) return &entry;
     }
     return nullptr;
 }
 
-FileEntry* FolderNode::FindLocked(const Changes& changes, std::u16string_view name) {
+FileEntry* FolderNode::FindLocked(const Changes& changes, std::u16string_view name) const {
     if (const auto shortName = changes.shortNames.find(name); shortName != changes.shortNames.end()) {
         name = shortName->second;
     }
@@ -91,20 +119,19 @@ FileEntry* FolderNode::Find(std::u16string_view name, Win32Error& error) {
     } else {
         found = FindListed(name);
     }
-    if (found == nullptr) error = Listed().Error() != kErrorSuccess ? Listed().Error() : kErrorFileNotFound;
+    if (found == nullptr) error = m_listing.Error() != kErrorSuccess ? m_listing.Error() : kErrorFileNotFound;
     return found;
 }
 
 Win32Error FolderNode::List(std::vector<FileEntry*>& entries) {
-    const Listing& listing = Listed();
     Changes* changes = m_changes.load(std::memory_order_acquire);
     std::shared_lock<std::shared_mutex> guard;
     if (changes != nullptr) guard = std::shared_lock(changes->lock);
-    entries.reserve(listing.Entries().size() + (changes != nullptr ? changes->names.size() : 0));
-    for (FileEntry& entry : listing.Entries()) {
+    entries.reserve(m_listing.Entries().size() + (changes != nullptr ? changes->names.size() : 0));
+    for (FileEntry& entry : m_listing.Entries()) {
         if (changes == nullptr || !changes->names.contains(entry.name)) entries.push_back(&entry);
     }
-    if (changes == nullptr || changes->names.empty()) return listing.Error();
+    if (changes == nullptr || changes->names.empty()) return m_listing.Error();
     const auto fromSource = static_cast<std::ptrdiff_t>(entries.size());
     for (const auto& [name, change] : changes->names) {
         if (change) entries.push_back(change.get());
@@ -144,7 +171,7 @@ bool FolderNode::Remove(const FileEntry& entry) {
     if (FindLocked(changes, name) != &entry) return false;
     std::unique_ptr<WrittenEntry>& place = changes.names[name];
     if (place) changes.shadowed.push_back(std::move(place));
-    if (Listed().Find(name) == nullptr) changes.names.erase(name);
+    if (m_listing.Find(name) == nullptr) changes.names.erase(name);
     NamesChanged();
     return true;
 }

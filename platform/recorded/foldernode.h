@@ -13,56 +13,18 @@
 #include <unordered_map>
 #include <vector>
 
-#include "platform/recorded/filesource.h"
-#include "platform/recorded/memoryfile.h"
+#include "platform/recorded/fileentry.h"
+#include "platform/recorded/folderlisting.h"
 #include "utility/casemap.h"
 
 namespace roundup {
 
-class FolderNode;
 class MappedFolder;
-
-// What few entries have.
-struct EntryExtras {
-    std::u16string shortName;      // empty: none
-    std::u16string reparseTarget;  // path that a mount point leads to; empty: none
-    bool denied = false;           // is there, and cannot be opened
-};
-
-struct FileEntry {
-    std::u16string_view name;
-    FolderNode* parent = nullptr;  // null for the root alone
-    SourceKind kind = SourceKind::File;
-    bool fromSource = true;
-    std::uint32_t attributes = 0;                   // set before the machine is used
-    std::shared_ptr<EntryExtras> extras;            // likewise
-    std::atomic<std::uint64_t> size{kUnknownSize};  // of a source's file, once it was asked for
-    std::atomic<FolderNode*> folder{nullptr};       // of a folder, once it was walked through
-
-    FileEntry() = default;
-    FileEntry(const FileEntry&) = delete;
-    FileEntry& operator=(const FileEntry&) = delete;
-    ~FileEntry();
-};
-
-// An entry that the machine's own doings made: the only kind that is not fromSource.
-struct WrittenEntry final : FileEntry {
-    WrittenEntry(std::u16string_view ownName, std::shared_ptr<MemoryFile> ownContent)
-        : text(ownName), content(std::move(ownContent)) {
-        name = text;
-        fromSource = false;
-    }
-    const std::u16string text;
-    const std::shared_ptr<MemoryFile> content;  // null for a folder
-};
 
 class FolderNode {
   public:
-    // source is null for a folder that the source does not have.
-    FolderNode(FileEntry& self, IFileSource* source) : m_self(self), m_source(source) {}
     FolderNode(const FolderNode&) = delete;
     FolderNode& operator=(const FolderNode&) = delete;
-    ~FolderNode();
 
     FileEntry& Self() const noexcept { return m_self; }
     // Path within the source: names joined by backslashes.
@@ -94,11 +56,13 @@ class FolderNode {
     static std::uint64_t NamesVersion() noexcept { return s_namesVersion.load(std::memory_order_acquire); }
     static void NamesChanged() noexcept { s_namesVersion.fetch_add(1, std::memory_order_acq_rel); }
 
-    // The folder of an entry that is one, made at first use.
+    // The folder of an entry that is one, made and listed at first use, once. source is null for a folder that the
+    // source does not have.
     static FolderNode& Of(FileEntry& entry, IFileSource* source);
+    // Null does nothing.
+    static void Destroy(FolderNode* folder) noexcept;
 
   private:
-    class Listing;
     template <class T>
     using NameMap = std::unordered_map<std::u16string, T, NoCaseHash, NoCaseEqual>;
     struct Changes {
@@ -108,19 +72,22 @@ class FolderNode {
         std::vector<std::unique_ptr<WrittenEntry>> shadowed;
     };
 
-    const Listing& Listed();
+    // The node stands in front of its listing, in one block.
+    static FolderNode* Make(FileEntry& entry, IFileSource* source);
+    FolderNode(FileEntry& self, IFileSource* source, const std::vector<SourceEntry>& listed, Win32Error error) noexcept;
+    ~FolderNode();
+
     Changes& ChangesForWriting();
-    FileEntry* FindLocked(const Changes& changes, std::u16string_view name);
-    FileEntry* FindListed(std::u16string_view name);
+    FileEntry* FindLocked(const Changes& changes, std::u16string_view name) const;
+    FileEntry* FindListed(std::u16string_view name) const;
 
     inline static std::atomic<std::uint64_t> s_namesVersion{1};
 
     FileEntry& m_self;
-    IFileSource* const m_source;
+    IFileSource* const m_source;  // null for a folder that the source does not have
     MappedFolder* m_mapped = nullptr;
-    std::mutex m_making;                             // held while one of the two below is made
-    std::atomic<const Listing*> m_listing{nullptr};  // made once
-    std::atomic<Changes*> m_changes{nullptr};        // made once
+    std::atomic<Changes*> m_changes{nullptr};  // made once
+    const FolderListing m_listing;             // with its room behind this node
 };
 
 }  // namespace roundup

@@ -56,7 +56,7 @@ const PathTrail* FileTree::FindPlain(const char16_t* path) {
     }
     std::size_t end = 0;
     trail.asked = trail.Common(path, end);
-    if (trail.asked != 0 && path[end] == u'\0') return IsMapped(*trail.Last().entry) ? nullptr : &trail;
+    if (trail.asked != 0 && path[end] == u'\0') return MappedAt(*trail.Last().entry) != nullptr ? nullptr : &trail;
     FileEntry* entry = nullptr;
     if (trail.asked != 0) {
         entry = trail.parts[trail.asked - 1].entry;
@@ -74,17 +74,12 @@ const PathTrail* FileTree::FindPlain(const char16_t* path) {
         entry = FolderOf(*entry).Find(part, error);
         if (entry != nullptr) trail.Push({path, end}, *entry);
     }
-    return entry != nullptr && !IsMapped(*entry) ? &trail : nullptr;
-}
-
-bool FileTree::IsMapped(const FileEntry& entry) noexcept {
-    const FolderNode* const folder = entry.folder.load(std::memory_order_acquire);
-    return folder != nullptr && folder->Mapped() != nullptr;
+    return entry != nullptr && MappedAt(*entry) == nullptr ? &trail : nullptr;
 }
 
 bool FileTree::IsPlainFolder(const FileEntry& entry) {
     if (entry.kind != SourceKind::Folder || (entry.extras && !entry.extras->reparseTarget.empty())) return false;
-    return !IsMapped(entry);
+    return MappedAt(entry) == nullptr;
 }
 
 }  // namespace roundup

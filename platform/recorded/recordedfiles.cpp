@@ -44,7 +44,9 @@ Win32Error RecordedFileSystem::Describe(const char16_t* path, FileInfo& info) {
 }
 
 std::uint32_t RecordedFileSystem::GetAttributes(const char16_t* path) {
-    // The commonest question of all, mostly about what is there: no size is asked for.
+    // The commonest question of all: about what is there, for which no size is asked for, or about a command line,
+    // which is no path.
+    if (HasNoRoot(path)) return Note(kErrorPathNotFound), kInvalidAttributes;
     if (const PathTrail* const trail = m_tree.FindPlain(path)) return m_tree.AttributesOf(*trail->Last().entry);
     FileInfo info;
     return Note(Describe(path, info)) == kErrorSuccess ? info.attributes : kInvalidAttributes;

@@ -29,6 +29,14 @@ struct WinPath {
 // be no path.
 Win32Error ParsePath(std::u16string_view path, WinPath& parsed);
 
+// True for a path that has neither a drive with its root nor one of the prefixes "\\\\?\\", "\\\\.\\" and "\\??\\", as
+// the first two characters tell: ParsePath takes none of these.
+constexpr bool HasNoRoot(const char16_t* path) noexcept {
+    const auto isSeparator = [](char16_t c) { return c == u'\\' || c == u'/'; };
+    if (path[0] == u'\0') return true;
+    return path[1] != u':' && !(isSeparator(path[0]) && (isSeparator(path[1]) || path[1] == u'?'));
+}
+
 // GetFullPathNameW: the same rules, also for network paths, with a separator at the end kept. Empty for a path that
 // is relative, since a machine that is not live has no current folder.
 std::u16string FullPathText(std::u16string_view path);
