@@ -1,8 +1,7 @@
-#include "msianalyzer/imsiproductinfo.h"
-
 #include <new>
 #include <utility>
 
+#include "msianalyzer/imsiproductinfo.h"
 #include "msianalyzer/msiproductinfo.h"
 #include "msianalyzer/suitecode.h"
 #include "utility/boundary.h"

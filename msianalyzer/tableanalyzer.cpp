@@ -36,9 +36,7 @@ ResultCode CTableAnalyzer::LoadTable(InstallerHandle database) {
     m_view.reset(new (std::nothrow) CEnumMsiDatabase);
     if (m_view == nullptr) return Fail(SmallCode::ObjectMissing);
     if (Failed(m_view->OpenView(database, m_query))) return kSuccess;
-    const ResultCode rc = ReadRows();
-    for (RowIndex* index : {&m_rows, &m_rowIndex, &m_secondRows}) index->Sort();
-    return rc;
+    return ReadRows();
 }
 
 ResultCode CTableAnalyzer::ReadRows() {

@@ -39,7 +39,7 @@ RowPtr<T> MakeRow() noexcept {
     return RowPtr<T>(new (std::nothrow) T);
 }
 
-// Empty until Analyze, from then on only read. Filled by one thread.
+// Empty until Analyze, from then on only read. Used by one thread.
 class CTableAnalyzer {
   public:
     CTableAnalyzer(const CTableAnalyzer&) = delete;

@@ -26,7 +26,7 @@ class TextArena {
     };
     // Small for the many tables of a few rows, then as large as the rows need.
     static constexpr std::size_t kFirstBlock = 2048;
-    static constexpr std::size_t kLargestBlock = 1U << 16U;
+    static constexpr std::size_t kLargestBlock = 1U << 15U;
 
     std::vector<Block> m_blocks;  // the last one is being filled
 };
