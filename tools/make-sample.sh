@@ -208,8 +208,12 @@ run_installers() {
     mkdir "$setup"
     cp "$build"/*.msi "$build"/*-setup.exe "$setup"
     cd "$setup"
+    # Each from a folder of its own, as from a disk of its maker: the folder that a package came from says who belongs
+    # together.
     for name in plotter230 plotter241 ledger stardiary sharedparts; do
-        run msiexec /i "C:\\setup\\$name.msi" /qn
+        mkdir "$setup/$name"
+        mv "$setup/$name.msi" "$setup/$name"
+        run msiexec /i "C:\\setup\\$name\\$name.msi" /qn
     done
     # The update comes behind the program that it updates.
     for name in archiver rollup notes starmap journeys otterquill gateway companions; do
