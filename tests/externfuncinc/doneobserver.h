@@ -30,14 +30,18 @@ class DoneObserver final : public IRoundupObserver {
     // The call stays inside until as many have come as are expected at once.
     void OnUnInstallDone(IRmxApp* app, std::uint32_t exitCode) override {
         std::unique_lock guard(m_lock);
+        ++m_inside;
         const std::uint8_t icon = app->GetAppIconSize() == 1 ? app->GetAppIconData()[0] : std::uint8_t{0};
         m_done.push_back({app, exitCode, std::this_thread::get_id(), app->GetAppInfo()->wzName, icon});
         m_changed.notify_all();
         m_changed.wait(guard, [&] { return m_done.size() >= overlapping; });
+        --m_inside;
+        m_changed.notify_all();
     }
+    // Until so many have come and none is inside: the observer may go then.
     std::vector<Done> WaitFor(std::size_t count) {
         std::unique_lock guard(m_lock);
-        m_changed.wait(guard, [&] { return m_done.size() >= count; });
+        m_changed.wait(guard, [&] { return m_done.size() >= count && m_inside == 0; });
         return m_done;
     }
     std::size_t Count() {
@@ -51,7 +55,9 @@ class DoneObserver final : public IRoundupObserver {
   private:
     std::mutex m_lock;
     std::condition_variable m_changed;
-    std::vector<Done> m_done;  // guarded by m_lock
+    // Guarded by m_lock.
+    std::vector<Done> m_done;
+    int m_inside = 0;
 };
 
 }  // namespace roundup
