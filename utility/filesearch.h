@@ -18,8 +18,8 @@ class FileSearch {
     FileSearch(const FileSearch&) = delete;
     FileSearch& operator=(const FileSearch&) = delete;
 
-    // What the first question answered: 0 when something was found, "." and ".." included; 2 when nothing was, 3 when the
-    // folder is absent, 5 when it may not be read.
+    // What the first question answered: 0 when something was found, "." and ".." included; 2 when nothing was, 3 when
+    // the folder is absent, 5 when it may not be read.
     Win32Error Error() const noexcept { return m_error; }
     // Moves to the first entry, then to the next; false at the end.
     bool Next();
@@ -28,9 +28,7 @@ class FileSearch {
     std::u16string_view Name() const noexcept { return m_entry.name; }
     bool IsFolder() const noexcept { return (m_entry.attributes & kAttributeDirectory) != 0; }
     // A folder that leads elsewhere, such as a junction.
-    bool IsReparseFolder() const noexcept {
-        return IsFolder() && (m_entry.attributes & kAttributeReparsePoint) != 0;
-    }
+    bool IsReparseFolder() const noexcept { return IsFolder() && (m_entry.attributes & kAttributeReparsePoint) != 0; }
 
   private:
     IFileSystem& m_files;

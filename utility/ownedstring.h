@@ -58,15 +58,15 @@ class OwnedString {
     std::size_t m_length = 0;
 };
 
-// A text that is only read, or null, where one may be: made from a pointer, an OwnedString, or anything that converts to
-// a view. A plain view cannot be made from a null pointer, and many an operation answers one.
+// A text that is only read, or null, where one may be: made from a pointer, an OwnedString, or anything that converts
+// to a view. A plain view cannot be made from a null pointer, and many an operation answers one.
 class TextOrNull {
   public:
     TextOrNull() noexcept = default;
     TextOrNull(std::nullptr_t) noexcept {}  // NOLINT(google-explicit-constructor)
     template <class T>
-    requires std::is_convertible_v<const T&, std::u16string_view>
-    TextOrNull(const T& text) noexcept {  // NOLINT(google-explicit-constructor)
+    requires std::is_convertible_v<const T&, std::u16string_view> TextOrNull(const T& text)
+    noexcept {  // NOLINT(google-explicit-constructor)
         if constexpr (std::is_pointer_v<std::decay_t<T>>) {
             const char16_t* const pointer = text;
             m_isNull = pointer == nullptr;
@@ -96,8 +96,7 @@ class TextOrNull {
 bool AssignString(OwnedString& target, TextOrNull source) noexcept;
 // The same with the sources joined; the target stays null unless every source has text.
 bool AssignConcat(OwnedString& target, TextOrNull first, TextOrNull second) noexcept;
-bool AssignConcat3(OwnedString& target, TextOrNull first, TextOrNull second,
-                   TextOrNull third) noexcept;
+bool AssignConcat3(OwnedString& target, TextOrNull first, TextOrNull second, TextOrNull third) noexcept;
 
 // False when either text is empty.
 bool EndsWithNoCase(TextOrNull text, TextOrNull ending) noexcept;

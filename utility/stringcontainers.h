@@ -55,8 +55,8 @@ class CStringMap : public std::map<OwnedString, OwnedString, CStringLess> {
     virtual ~CStringMap() = default;
 
     void Clear() noexcept { clear(); }
-    // False when key or value is null or empty. A key that is there keeps its value, and the answer says whether that is the
-    // same text as the new one, ignoring case.
+    // False when key or value is null or empty. A key that is there keeps its value, and the answer says whether that
+    // is the same text as the new one, ignoring case.
     bool Add(TextOrNull key, TextOrNull value);
     // The value, which belongs to the map; null when the key is null, empty or not there.
     const OwnedString* Find(TextOrNull key) const;
