@@ -30,17 +30,17 @@ std::u16string_view ShorterName(std::u16string_view key) noexcept {
     return {};
 }
 
-void ReadRules(RuleFileKind kind, const RuleSetSource& source, CAppRuleSet& rules) {
+void ReadRules(const RuleSetSource& source, CAppRuleSet& rules) {
     const std::u16string_view name = source.typeDescription.empty() ? source.key : source.typeDescription;
     if (name.empty()) return;
+    const std::u16string_view shorter = ShorterName(source.key);
     RuleFileStore& store = ProcessWide<RuleFileStore>();
-    FoundRuleFile found = store.Find(name, kind);
-    if (!found.exists) {
-        const std::u16string_view shorter = ShorterName(source.key);
-        if (shorter.empty()) return;
-        found = store.Find(shorter, kind);
+    if (!store.MayHave(name, shorter)) return;
+    for (const RuleFileKind kind : {RuleFileKind::Include, RuleFileKind::Exclude}) {
+        FoundRuleFile found = store.Find(name, kind);
+        if (!found.exists && !shorter.empty()) found = store.Find(shorter, kind);
+        if (found.file != nullptr) ApplyRuleLines(*found.file, kind, source, rules);
     }
-    if (found.file != nullptr) ApplyRuleLines(*found.file, kind, source, rules);
 }
 
 bool Matches(const RuleTexts& names, const RuleTexts& keys, std::u16string_view name, std::u16string_view key) {
@@ -50,10 +50,7 @@ bool Matches(const RuleTexts& names, const RuleTexts& keys, std::u16string_view 
 
 }  // namespace
 
-CAppRuleSet::CAppRuleSet(const RuleSetSource& source) {
-    ReadRules(RuleFileKind::Include, source, *this);
-    ReadRules(RuleFileKind::Exclude, source, *this);
-}
+CAppRuleSet::CAppRuleSet(const RuleSetSource& source) { ReadRules(source, *this); }
 
 const CAppRuleSet& CAppRuleSet::Global() { return ProcessWide<GlobalRules>().rules; }
 

@@ -39,7 +39,7 @@ bool MayLieElsewhere(std::u16string_view name) noexcept {
 
 }  // namespace
 
-FolderListing::FolderListing(std::u16string folder) : m_folder(std::move(folder)) {
+ConfigListing::ConfigListing(std::u16string folder) : m_folder(std::move(folder)) {
     if (m_folder.empty()) return;
     const FsRedirectGuard guard;
     Search search(CurrentMachine().Files(), PathOf(u"*"));
@@ -49,17 +49,17 @@ FolderListing::FolderListing(std::u16string folder) : m_folder(std::move(folder)
     }
 }
 
-bool FolderListing::MayHave(std::u16string_view nameWithoutExtension) const {
+bool ConfigListing::MayHave(std::u16string_view nameWithoutExtension) const {
     if (m_folder.empty()) return false;
     return (!m_stems.empty() && m_stems.contains(nameWithoutExtension)) || MayLieElsewhere(nameWithoutExtension);
 }
 
-bool FolderListing::Has(std::u16string_view name) const {
+bool ConfigListing::Has(std::u16string_view name) const {
     if (m_names.contains(name)) return true;
     return !m_folder.empty() && MayLieElsewhere(name) && PathExists(PathOf(name).c_str(), true);
 }
 
-std::u16string FolderListing::PathOf(std::u16string_view name) const {
+std::u16string ConfigListing::PathOf(std::u16string_view name) const {
     return std::u16string(m_folder).append(u"\\").append(name);
 }
 

@@ -11,12 +11,12 @@ namespace roundup {
 
 // Answers whether files exist without asking the machine for each: nearly every application is asked about, and nearly
 // none has a file. A folder that is absent or unreadable holds nothing.
-class FolderListing {
+class ConfigListing {
   public:
     // Empty.
-    FolderListing() = default;
+    ConfigListing() = default;
     // Lists the folder, with 32-bit redirection off. An empty path is no folder.
-    explicit FolderListing(std::u16string folder);
+    explicit ConfigListing(std::u16string folder);
 
     // True when the folder holds a file or folder of that name. A name that can lie elsewhere, or can be a short one,
     // is asked of the machine.

@@ -13,9 +13,15 @@ std::u16string ConfigFolder() {
     return folder;
 }
 
-FolderListing& RuleFileStore::Config() {
+ConfigListing& RuleFileStore::Config() {
     if (!m_config) m_config.emplace(ConfigFolder());
     return *m_config;
+}
+
+bool RuleFileStore::MayHave(std::u16string_view name, std::u16string_view shorterName) {
+    const LockGuard guard(m_lock);
+    const ConfigListing& config = Config();
+    return config.MayHave(name) || (!shorterName.empty() && config.MayHave(shorterName));
 }
 
 FoundRuleFile RuleFileStore::Find(std::u16string_view name, RuleFileKind kind) {

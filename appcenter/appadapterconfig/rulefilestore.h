@@ -27,6 +27,8 @@ struct FoundRuleFile {
 // ProcessWide<RuleFileStore>() is the one of the machine. Every thread may ask at any time.
 class RuleFileStore {
   public:
+    // False when there is no rule file of either name: what nearly every application is told, and so asked first.
+    bool MayHave(std::u16string_view name, std::u16string_view shorterName);
     // The rule file "%s.INC" or "%s.EXC" of that name.
     FoundRuleFile Find(std::u16string_view name, RuleFileKind kind);
     // True when the Config folder holds a file of that name.
@@ -41,13 +43,13 @@ class RuleFileStore {
     std::uint32_t Generation();
 
   private:
-    FolderListing& Config();
+    ConfigListing& Config();
 
     CriticalSection m_lock;
     // Guarded by m_lock.
     std::uint32_t m_generation = 1;
-    std::optional<FolderListing> m_config;
-    std::optional<FolderListing> m_compatibility;
+    std::optional<ConfigListing> m_config;
+    std::optional<ConfigListing> m_compatibility;
     // By file name, each file that was asked for and exists.
     std::unordered_map<std::u16string, std::shared_ptr<const RuleFile>, NoCaseHash, NoCaseEqual> m_files;
 };

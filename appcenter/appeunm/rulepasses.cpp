@@ -65,6 +65,7 @@ class CompatibilityLists {
         }
         std::ranges::sort(found);
         std::vector<std::size_t> ordered;
+        ordered.reserve(found.size());
         for (const auto& [number, position] : found) ordered.push_back(position);
         return ordered;
     }
@@ -147,11 +148,11 @@ void AttachRuleSubApps(const IContinue& goOn, CAppList& main, RuleBook& rules) {
     CAppList owners;
     CAppList others;
     RuleTargets targets;
-    for (std::size_t i = 0; i < main.size(); ++i) {
+    for (RefPtr<CApp>& app : main) {
         if (goOn.IsContinue() == 0) return;
-        const SubAppRules* const found = rules.Find(*main[i]);
+        const SubAppRules* const found = rules.Find(*app);
         if (found != nullptr) targets.Add(found->names, found->keys, owners.size());
-        (found != nullptr ? owners : others).push_back(std::move(main[i]));
+        (found != nullptr ? owners : others).push_back(std::move(app));
     }
     for (RefPtr<CApp>& app : others) {
         if (goOn.IsContinue() == 0) break;
