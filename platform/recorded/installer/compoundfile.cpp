@@ -78,7 +78,7 @@ bool CompoundFile::ReadHeader() {
 bool CompoundFile::ReadFatPlaces(const std::byte* header) {
     const ByteView view({header, kHeaderSize});
     const std::uint32_t perSector = SectorSize() / sizeof(std::uint32_t);
-    const std::size_t needed = (std::uint64_t{m_sectors} + perSector - 1) / perSector;
+    const auto needed = static_cast<std::size_t>((std::uint64_t{m_sectors} + perSector - 1) / perSector);
     for (std::size_t i = 0; i < std::min(needed, kFatPlacesInHeader); ++i) {
         m_fatPlaces.push_back(*view.At<std::uint32_t>(76 + i * sizeof(std::uint32_t)));
     }

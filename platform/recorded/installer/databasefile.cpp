@@ -39,7 +39,7 @@ const std::byte* DatabaseFile::BlockAt(std::uint64_t index) {
     const auto found = m_blocks.find(index);
     if (found != m_blocks.end()) return found->second.get();
     const std::uint64_t size = std::min(kBlock, m_size - index * kBlock);
-    auto block = std::make_unique_for_overwrite<std::byte[]>(size);
+    auto block = std::make_unique_for_overwrite<std::byte[]>(static_cast<std::size_t>(size));
     if (!ReadFile(index * kBlock, block.get(), size)) return nullptr;
     return m_blocks.emplace(index, std::move(block)).first->second.get();
 }
