@@ -12,25 +12,26 @@ class InstallerContract : public ContractTest {
   protected:
     // The package is written to the machine's temporary folder, which every kind of machine has.
     InstallerHandle Open(const std::string& bytes) {
+        CloseAll();
         Machine& machine = installer == nullptr ? StartKind() : CurrentMachine();
         m_path = TempPath(u"installercontract.msi");
         EXPECT_EQ(WriteFile(machine.Files(), m_path.c_str(), kCreateAlways, bytes), kErrorSuccess);
         installer = &machine.Installer();
         InstallerHandle database = 0;
         EXPECT_EQ(installer->OpenDatabase(m_path.c_str(), database), kErrorSuccess);
-        return database;
+        return Keep(database);
     }
-    InstallerHandle Run(InstallerHandle database, const char16_t* query) const {
+    InstallerHandle Run(InstallerHandle database, const char16_t* query) {
         InstallerHandle view = 0;
         EXPECT_EQ(installer->OpenView(database, query, view), kErrorSuccess);
         EXPECT_EQ(installer->ExecuteView(view), kErrorSuccess);
-        return view;
+        return Keep(view);
     }
-    InstallerHandle Next(InstallerHandle view) const {
+    InstallerHandle Next(InstallerHandle view) {
         InstallerHandle record = 0;
         const Win32Error error = installer->FetchRecord(view, record);
         EXPECT_EQ(error, record != 0 ? kErrorSuccess : kErrorNoMoreItems);
-        return record;
+        return Keep(record);
     }
     std::u16string Text(InstallerHandle record, std::uint32_t column) const {
         std::u16string buffer(100000, u'#');
@@ -39,27 +40,44 @@ class InstallerContract : public ContractTest {
         EXPECT_EQ(buffer[length], u'\0');
         return buffer.substr(0, length);
     }
-    std::u16string All(InstallerHandle database, const char16_t* query) const {
+    std::u16string All(InstallerHandle database, const char16_t* query) {
         std::u16string texts;
         const InstallerHandle view = Run(database, query);
         for (InstallerHandle row = Next(view); row != 0; row = Next(view)) {
             texts += Text(row, 1) + u';';
-            installer->CloseHandle(row);
+            Close(row);
         }
-        installer->CloseHandle(view);
+        Close(view);
         return texts;
     }
+    void Close(InstallerHandle handle) {
+        installer->CloseHandle(handle);
+        std::erase(m_open, handle);
+    }
     void TearDown() override {
+        CloseAll();
         if (!m_path.empty()) (void)CurrentMachine().Files().Delete(m_path.c_str());
     }
 
     IInstaller* installer = nullptr;
 
   private:
+    InstallerHandle Keep(InstallerHandle handle) {
+        if (handle != 0) m_open.push_back(handle);
+        return handle;
+    }
+    // What is open keeps the file open.
+    void CloseAll() {
+        for (const InstallerHandle handle : m_open) installer->CloseHandle(handle);
+        m_open.clear();
+    }
+
+    std::vector<InstallerHandle> m_open;
     std::u16string m_path;
 };
 
 TEST_P(InstallerContract, Fields_AnswerByTheirKind) {
+    if (GetParam() == MachineKind::Live) GTEST_SKIP() << "Wine's service reads real packages alone as Windows does";
     const std::string icon = std::string(20000, 'x') + "end";
     PackageWriter package;
     package.Table("T", {"K s72*", "S i2", "L i4", "N l0", "D v0"});
@@ -69,11 +87,11 @@ TEST_P(InstallerContract, Fields_AnswerByTheirKind) {
     package.Row("T", {"ends", -32767, INT32_MAX, "-7x", {}});
     const InstallerHandle database = Open(package.Write());
     const InstallerHandle view = Run(database, u"SELECT * FROM `T`");
-    installer->CloseHandle(database);  // the view keeps what it stands on
+    Close(database);  // the view keeps what it stands on
     std::map<std::u16string, InstallerHandle> rows;
     while (const InstallerHandle record = Next(view)) rows[Text(record, 1)] = record;
     EXPECT_EQ(Next(view), 0U);
-    installer->CloseHandle(view);
+    Close(view);
     ASSERT_EQ(rows.size(), 4U);
 
     struct Case {
@@ -188,6 +206,7 @@ TEST_P(InstallerContract, Texts_ComeInTheCodePageOfTheDatabase) {
 }
 
 TEST_P(InstallerContract, Queries_AnswerTheRowsTheyAskFor) {
+    if (GetParam() == MachineKind::Live) GTEST_SKIP() << "Wine's service reads real packages alone as Windows does";
     PackageWriter package;
     package.WideSectors().Table("Empty", {"K s72*"}).Table("Two Words", {"K i2*", "Group s72"});
     package.Row("Two Words", {5, "b"}).Row("Two Words", {3, "a"}).Row("Two Words", {4, "a"}).Row("Two Words", {9, {}});
@@ -216,8 +235,7 @@ TEST_P(InstallerContract, Queries_AnswerTheRowsTheyAskFor) {
     EXPECT_EQ(installer->FetchRecord(view, record), kErrorFunctionFailed);  // not executed yet
 }
 
-INSTANTIATE_TEST_SUITE_P(Machines, InstallerContract,
-                         ::testing::Values(MachineKind::InMemory, MachineKind::RecordedFolder), KindName);
+INSTANTIATE_TEST_SUITE_P(Machines, InstallerContract, ::testing::ValuesIn(AllMachineKinds()), KindName);
 
 }  // namespace
 }  // namespace roundup

@@ -19,7 +19,10 @@ class ShellContract : public ContractTest {
     }
 };
 
-TEST_P(ShellContract, CommandLines_SplitAsThePlatformDoes) {
+// Asked of the live machine too.
+class CommandLineContract : public ShellContract {};
+
+TEST_P(CommandLineContract, CommandLines_SplitAsThePlatformDoes) {
     struct Case {
         const char16_t* text;
         Names arguments;
@@ -145,6 +148,7 @@ TEST_P(ShellContract, IndirectStrings_AreThoseOfTheSettings) {
     EXPECT_EQ(std::u16string_view(text), u"plain");
 }
 
+INSTANTIATE_TEST_SUITE_P(Machines, CommandLineContract, ::testing::ValuesIn(AllMachineKinds()), KindName);
 INSTANTIATE_TEST_SUITE_P(Machines, ShellContract, ::testing::Values(MachineKind::InMemory, MachineKind::RecordedFolder),
                          KindName);
 
