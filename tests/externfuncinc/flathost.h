@@ -107,7 +107,7 @@ inline void MisuseModule(IRoundupProc* (*getImp)(), std::u16string_view key) {
         app->Release();
         EXPECT_EQ(app->GetAppInfo(), info) << "records do not end with their count";
     }
-    EXPECT_TRUE(found);
+    ASSERT_TRUE(found);
     EXPECT_EQ(facade->UnInstallApp(nullptr), -1);
     EXPECT_EQ(facade->UnInstallApp(reinterpret_cast<FlatApp*>(&observer)), -1) << "no record";
     EXPECT_EQ(idle->UnInstallApp(observer.apps.front()), -1) << "another facade's record";

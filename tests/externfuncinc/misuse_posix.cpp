@@ -14,10 +14,11 @@ namespace {
 TEST(ModuleMisuse, CarelessHost_DoesNoHarmAndUnloads) {
     const TempFolder folder;
     MachineBuilder builder;
-    const std::u16string entry = u"HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\FlatTool";
+    const std::u16string entry = u"HKLM\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\FlatTool";
     builder.Text(entry, u"DisplayName", u"Flat Tool")
         .Text(entry, u"DisplayVersion", u"1.0")
         .Text(entry, u"Publisher", u"Otter Works")
+        .Text(entry, u"LocalPackage", u"C:\\Windows\\Installer\\1.msi")
         .Text(entry, u"UninstallString", u"C:\\otter\\flat.exe");
     builder.WriteTo(folder.Text() + "/machine");
     // A copy of its own: other tests have the module loaded, with another machine.
