@@ -45,11 +45,15 @@ struct HeaderWithPalette {
 void LiveIcons::ExtractIcons(const char16_t* path, std::int32_t index, IconHandle& large, IconHandle& small) {
     HICON first = nullptr;
     HICON second = nullptr;
-    ::ExtractIconExW(ToWide(path), index, &first, &second, 1);
-    // Wine takes -1 for the question of how many icons there are, also when it is asked for some.
-    if (index == -1 && first == nullptr && second == nullptr) {
+    // Wine takes -1 for the question of how many icons there are, also when it is asked for some, and may answer with a
+    // handle that is none.
+    if (index == -1) {
         first = ExtractOne(path, index, SM_CXICON, SM_CYICON);
         second = ExtractOne(path, index, SM_CXSMICON, SM_CYSMICON);
+    } else {
+        // Where there is no icon Wine leaves in both whatever its memory held.
+        const UINT count = ::ExtractIconExW(ToWide(path), index, &first, &second, 1);
+        if (count == 0 || count == UINT_MAX) first = second = nullptr;
     }
     large = ToSeam(first);
     small = ToSeam(second);
