@@ -8,8 +8,6 @@ namespace roundup {
 
 namespace {
 
-bool IsWine() { return ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr; }
-
 bool IsLessUpper(const std::u16string& a, const std::u16string& b) {
     return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(),
                                         [](char16_t x, char16_t y) { return ToUpper(x) < ToUpper(y); });

@@ -62,6 +62,11 @@ void LiveIcons::ExtractIcons(const char16_t* path, std::int32_t index, IconHandl
 IconHandle LiveIcons::GetFileIcon(const char16_t* path) {
     SHFILEINFOW info{};
     if (::SHGetFileInfoW(ToWide(path), 0, &info, sizeof(info), SHGFI_ICON | SHGFI_DISPLAYNAME) == 0) return 0;
+    // Wine's list of images redraws what it is given; the icon of a file that has one itself is its first.
+    if (const HICON own = IsWine() ? ExtractOne(path, 0, SM_CXICON, SM_CYICON) : nullptr) {
+        ::DestroyIcon(info.hIcon);
+        return ToSeam(own);
+    }
     return ToSeam(info.hIcon);
 }
 

@@ -31,6 +31,11 @@ inline char16_t* FromWide(wchar_t* text) noexcept { return reinterpret_cast<char
 // A copy; null counts as empty.
 inline std::u16string CopyWide(const wchar_t* text) { return text != nullptr ? FromWide(text) : std::u16string(); }
 
+// For what Wine answers in its own way (docs/wine.md).
+inline bool IsWine() noexcept {
+    return ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+}
+
 // Calls that a system may lack are looked up when they are needed: GetProcedure<decltype(&Name)>(module, "Name").
 template <class Function>
 Function GetProcedure(HMODULE module, const char* name) noexcept {
