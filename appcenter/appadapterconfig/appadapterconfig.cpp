@@ -123,23 +123,24 @@ class AdapterReader {
     }
 
     void CloseProgram() {
-        if (m_program) m_config.Programs.push_back(std::move(*m_program));
-        m_program.reset();
+        if (m_hasProgram) m_config.Programs.push_back(std::move(m_program));
+        m_program = AdapterProgram();
+        m_hasProgram = false;
     }
     ResultCode OpenProgram(std::u16string_view name) {
         CloseProgram();
-        m_program.emplace();
-        return Keep(m_program->pwszName, name);
+        m_hasProgram = true;
+        return Keep(m_program.pwszName, name);
     }
     ResultCode AddProgramDir(std::u16string_view value) {
-        return m_program ? AddTo(m_program->Dirs, value) : Fail(SmallCode::GeneralFailure);
+        return m_hasProgram ? AddTo(m_program.Dirs, value) : Fail(SmallCode::GeneralFailure);
     }
     // A key that was given a version keeps it. One may be given an empty version here, which its reader refuses.
     ResultCode AddVersion(std::u16string_view version) {
-        if (m_pendingKey.IsEmpty() || !m_program) return Fail(SmallCode::GeneralFailure);
+        if (m_pendingKey.IsEmpty() || !m_hasProgram) return Fail(SmallCode::GeneralFailure);
         OwnedString value(version);
         if (value.IsNull()) return Fail(SmallCode::GeneralFailure);
-        m_program->Versions.try_emplace(std::move(m_pendingKey), std::move(value));
+        m_program.Versions.try_emplace(std::move(m_pendingKey), std::move(value));
         m_pendingKey.Reset();
         return kSuccess;
     }
@@ -155,7 +156,8 @@ class AdapterReader {
     CAppAdapterConfig& m_config;
     const std::u16string_view m_location;
     OwnedString m_pendingKey;
-    std::optional<AdapterProgram> m_program;
+    AdapterProgram m_program;  // the one whose lines are read
+    bool m_hasProgram = false;
 };
 
 }  // namespace
