@@ -8,7 +8,7 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "appcenter/appadapterconfig/folderlisting.h"
+#include "appcenter/appadapterconfig/configlisting.h"
 #include "appcenter/appadapterconfig/rulefile.h"
 #include "utility/casemap.h"
 #include "utility/locks.h"

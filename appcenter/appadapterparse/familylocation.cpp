@@ -13,9 +13,9 @@
 #include <vector>
 
 #include "appcenter/app/app.h"
-#include "platform/machine.h"
 #include "utility/casemap.h"
 #include "utility/fileinfo.h"
+#include "utility/filesearch.h"
 #include "utility/mountpoints.h"
 
 namespace roundup {
@@ -63,22 +63,17 @@ std::size_t CountVersions(std::u16string_view folder, const FamilyName& name) no
 
 // The chosen folder below base; empty without a candidate.
 std::u16string FindFolder(const std::u16string& base, const FamilyName& name) {
-    IFileSystem& files = CurrentMachine().Files();
-    FindHandle find = kInvalidFile;
-    FindData data;
-    if (files.FindFirst((base + u"\\*").c_str(), find, data) != kErrorSuccess) return {};
+    FileSearch search((base + u"\\*").c_str());
     std::u16string best;
     std::size_t bestCount = 0;
-    do {
-        const std::u16string_view folder = data.name;
-        if ((data.attributes & kAttributeDirectory) == 0 || folder == u"." || folder == u"..") continue;
-        if (!ContainsNoCase(folder, name.product)) continue;
+    while (search.Next()) {
+        const std::u16string_view folder = search.Name();
+        if (!search.IsFolder() || !ContainsNoCase(folder, name.product)) continue;
         const std::size_t count = CountVersions(folder, name);
         if (!best.empty() && count <= bestCount) continue;
         best = folder;
         bestCount = count;
-    } while (files.FindNext(find, data) == kErrorSuccess);
-    files.FindClose(find);
+    }
     return best;
 }
 

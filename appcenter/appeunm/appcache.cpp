@@ -9,6 +9,7 @@
 #include "utility/boundary.h"
 #include "utility/bufarray.h"
 #include "utility/fileinfo.h"
+#include "utility/filesearch.h"
 #include "utility/fixedtext.h"
 #include "utility/log.h"
 #include "utility/sysinfo.h"
@@ -19,34 +20,11 @@ namespace {
 
 using CachePath = FixedText<520>;
 
-CachedKind KindOf(const FindData& entry) noexcept {
-    const std::u16string_view name = entry.name;
-    constexpr std::uint32_t kJunction = kAttributeDirectory | kAttributeReparsePoint;
-    if (name == u"." || name == u".." || (entry.attributes & kJunction) == kJunction) return CachedKind::None;
-    if (EndsWithNoCase(name, u"_E")) return CachedKind::Application;
-    return EndsWithNoCase(name, u"_EX") ? CachedKind::Package : CachedKind::None;
+CachedKind KindOf(const FileSearch& search) noexcept {
+    if (search.IsReparseFolder()) return CachedKind::None;
+    if (EndsWithNoCase(search.Name(), u"_E")) return CachedKind::Application;
+    return EndsWithNoCase(search.Name(), u"_EX") ? CachedKind::Package : CachedKind::None;
 }
-
-// An open search of the cache folder.
-class CacheSearch {
-  public:
-    explicit CacheSearch(const char16_t* pattern)
-        : m_files(CurrentMachine().Files()), m_found(m_files.FindFirst(pattern, m_find, entry) == kErrorSuccess) {}
-    CacheSearch(const CacheSearch&) = delete;
-    CacheSearch& operator=(const CacheSearch&) = delete;
-    ~CacheSearch() {
-        if (m_found) m_files.FindClose(m_find);
-    }
-    bool HasEntry() const noexcept { return m_found; }
-    bool Next() { return m_files.FindNext(m_find, entry) == kErrorSuccess; }
-
-    FindData entry;
-
-  private:
-    IFileSystem& m_files;
-    FindHandle m_find = kInvalidFile;
-    const bool m_found;
-};
 
 // Reads as much as buffer takes; size tells how much that was, which is less for a file that has shrunk meanwhile.
 ResultCode ReadFile(const CachePath& path, CBufArray& buffer, std::uint32_t& size) {
@@ -92,13 +70,14 @@ ResultCode LoadFolder(CAppManager& manager) {
     if (!PathExists(folder.Text())) return Fail(SmallCode::GeneralFailure);
     CachePath pattern;
     FormatText(pattern, u"%s\\*", folder);
-    CacheSearch search(pattern.Text());
-    if (!search.HasEntry()) return Fail(SmallCode::NoMoreItems);
-    do {
-        const CachedKind kind = KindOf(search.entry);
+    FileSearch search(pattern.Text());
+    if (search.Error() != kErrorSuccess) return Fail(SmallCode::NoMoreItems);
+    while (search.Next()) {
+        const CachedKind kind = KindOf(search);
         if (kind == CachedKind::None) continue;
-        if (auto rc = LoadOne(manager, folder, search.entry, kind); Failed(rc)) return PassQuiet(rc);
-    } while (manager.IsContinue() != 0 && search.Next());
+        if (auto rc = LoadOne(manager, folder, search.Entry(), kind); Failed(rc)) return PassQuiet(rc);
+        if (manager.IsContinue() == 0) break;
+    }
     return kSuccess;
 }
 
