@@ -38,7 +38,7 @@ Row RowOf(const Catalogue::Listed& listed) {
     row[kPublisher] = Printable(record.wzPublisher);
     if (const auto* app = dynamic_cast<const CApp*>(listed.app)) row[kVersion] = Printable(app->pwszVersion);
     row[kDate] = ReadableDate(record.wzInstallDate);
-    row[kSize] = record.qwSize == 0 ? "" : ReadableSize(record.qwSize);
+    row[kSize] = record.qwSize == 0 || record.bFramework != 0 ? "" : ReadableSize(record.qwSize);
     row[kBits] = Bitness(record.qwFlags);
     if (const auto* package = dynamic_cast<const CAppx*>(listed.app)) {
         row[kVersion] = DottedVersion(package->m_ullVersion);

@@ -29,7 +29,8 @@ std::string Details(const IApp& app) {
     if (const auto* entry = dynamic_cast<const CApp*>(&app)) add(Printable(entry->pwszVersion));
     if (const auto* package = dynamic_cast<const CAppx*>(&app)) add(DottedVersion(package->m_ullVersion));
     if (app.GetPublisher() != nullptr) add(Printable(app.GetPublisher()));
-    if (app.GetEstimatedSize() > 0) add(ReadableSize(static_cast<std::uint64_t>(app.GetEstimatedSize())));
+    // The size of a framework says nothing.
+    if (app.GetEstimatedSize() > 0 && app.IsFramework() == 0) add(ReadableSize(static_cast<std::uint64_t>(app.GetEstimatedSize())));
     return details;
 }
 

@@ -222,6 +222,9 @@ run_installers() {
     wineserver -w
     cd "$build"
     rm -r "$setup"
+    python3 "$sources/storepackages.py" "$WINEPREFIX/drive_c" "$work/packages.reg"
+    run reg import "Z:${work//\//\\}\\packages.reg" /reg:64
+    wineserver -w
 }
 
 # write_rules DIR: the rule files, as a host has them beside it: lines with CR LF, rule texts in UTF-16 with a mark.
