@@ -16,6 +16,7 @@ constexpr std::uint16_t kByteOrder = 0xFFFE;
 constexpr std::uint16_t kMiniShift = 6;
 constexpr std::uint32_t kMiniCutoff = 4096;  // shorter streams stand in mini sectors
 constexpr std::size_t kFatPlacesInHeader = 109;
+constexpr std::uint32_t kTableEntry = 4;  // bytes of a sector number in the tables of sectors
 constexpr std::uint32_t kLargestSector = 0xFFFFFFFAU;  // MAXREGSECT
 constexpr std::uint32_t kEndOfChain = 0xFFFFFFFEU;
 
@@ -77,7 +78,7 @@ bool CompoundFile::ReadHeader() {
 // chain ends even when it is a circle; a chain that is too short leaves its sectors without successors.
 bool CompoundFile::ReadFatPlaces(const std::byte* header) {
     const ByteView view({header, kHeaderSize});
-    const std::uint32_t perSector = SectorSize() / sizeof(std::uint32_t);
+    const std::uint32_t perSector = SectorSize() / kTableEntry;
     const auto needed = static_cast<std::size_t>((std::uint64_t{m_sectors} + perSector - 1) / perSector);
     for (std::size_t i = 0; i < std::min(needed, kFatPlacesInHeader); ++i) {
         m_fatPlaces.push_back(*view.At<std::uint32_t>(76 + i * sizeof(std::uint32_t)));
@@ -169,7 +170,7 @@ bool CompoundFile::SetUpMini() {
     if (m_root.size > m_file->Size() || m_miniFatSectors > m_sectors) return false;
     std::vector<Run> runs;
     if (!Follow(m_miniFatStart, m_miniFatSectors, false, runs)) return false;
-    const std::uint32_t perSector = SectorSize() / sizeof(std::uint32_t);
+    const std::uint32_t perSector = SectorSize() / kTableEntry;
     m_miniFat.resize(std::size_t{m_miniFatSectors} * perSector);
     for (std::size_t i = 0; i < runs.size(); ++i) {
         const std::uint64_t end = i + 1 < runs.size() ? runs[i + 1].from : m_miniFatSectors;
@@ -207,7 +208,7 @@ bool CompoundFile::Overlap(const std::vector<Run>& runs, std::uint64_t count) {
 }
 
 bool CompoundFile::NextSector(std::uint32_t sector, std::uint32_t& next) {
-    const std::uint32_t perSector = SectorSize() / sizeof(std::uint32_t);
+    const std::uint32_t perSector = SectorSize() / kTableEntry;
     const std::size_t part = sector / perSector;
     if (part >= m_fat.size() || m_fatPlaces[part] >= m_sectors) return false;
     if (m_fat[part] == nullptr) {
