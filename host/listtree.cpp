@@ -30,7 +30,8 @@ std::string Details(const IApp& app) {
     if (const auto* package = dynamic_cast<const CAppx*>(&app)) add(DottedVersion(package->m_ullVersion));
     if (app.GetPublisher() != nullptr) add(Printable(app.GetPublisher()));
     // The size of a framework says nothing.
-    if (app.GetEstimatedSize() > 0 && app.IsFramework() == 0) add(ReadableSize(static_cast<std::uint64_t>(app.GetEstimatedSize())));
+    if (app.GetEstimatedSize() > 0 && app.IsFramework() == 0)
+        add(ReadableSize(static_cast<std::uint64_t>(app.GetEstimatedSize())));
     return details;
 }
 

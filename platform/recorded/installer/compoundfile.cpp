@@ -16,7 +16,7 @@ constexpr std::uint16_t kByteOrder = 0xFFFE;
 constexpr std::uint16_t kMiniShift = 6;
 constexpr std::uint32_t kMiniCutoff = 4096;  // shorter streams stand in mini sectors
 constexpr std::size_t kFatPlacesInHeader = 109;
-constexpr std::uint32_t kTableEntry = 4;  // bytes of a sector number in the tables of sectors
+constexpr std::uint32_t kTableEntry = 4;               // bytes of a sector number in the tables of sectors
 constexpr std::uint32_t kLargestSector = 0xFFFFFFFAU;  // MAXREGSECT
 constexpr std::uint32_t kEndOfChain = 0xFFFFFFFEU;
 
