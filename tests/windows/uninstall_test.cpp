@@ -1,5 +1,6 @@
 // Uninstalls on the live machine, through the module as a host loads it.
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <utility>
@@ -35,6 +36,20 @@ std::unique_ptr<ScratchEntry> MakeEntry(char name) {
                                         L"--gtest_filter=UninstallerOfTheTest.DISABLED_" +
                                         std::wstring(1, static_cast<wchar_t>(name)));
     return entry;
+}
+
+// The module stays in a process that it started another one from. The tests of this file load a copy, so that the
+// module itself can be unloaded in others.
+std::wstring CopyOfModule() {
+    static const std::wstring path = [] {
+        const char* const name = ROUNDUP_MODULE;
+        wchar_t folder[MAX_PATH] = {};
+        ::GetTempPathW(MAX_PATH, folder);
+        const std::wstring copy = std::wstring(folder) + L"RoundupCopy" + std::to_wstring(sizeof(void*)) + L".dll";
+        EXPECT_TRUE(::CopyFileW(std::wstring(name, name + std::strlen(name)).c_str(), copy.c_str(), FALSE));
+        return copy;
+    }();
+    return path;
 }
 
 class ModuleUninstallTest : public ::testing::Test {
@@ -81,7 +96,7 @@ class ModuleUninstallTest : public ::testing::Test {
         for (const auto& [key, code] : apps) EXPECT_EQ(Find(key), nullptr);
     }
 
-    const OwnedModule m_module{::LoadLibraryA(ROUNDUP_MODULE)};
+    const OwnedModule m_module{::LoadLibraryW(CopyOfModule().c_str())};
     DoneObserver m_observer;
     IRoundupProc* m_facade = nullptr;
 };
