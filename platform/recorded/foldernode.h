@@ -21,7 +21,7 @@ namespace roundup {
 
 class MappedFolder;
 
-class FolderNode {
+class alignas(FileEntry) FolderNode {
   public:
     FolderNode(const FolderNode&) = delete;
     FolderNode& operator=(const FolderNode&) = delete;

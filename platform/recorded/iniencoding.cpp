@@ -84,7 +84,8 @@ std::u16string DecodeIni(std::string_view bytes, IniEncoding& encoding) {
         encoding = bigEndian ? IniEncoding::Utf16BigEndianMarked : IniEncoding::Utf16Marked;
         return FromUtf16(bytes.substr(2), bigEndian);
     }
-    if (LooksLikeUtf16(bytes)) {
+    // Zeros in a file that says it is UTF-8 do not make it anything else.
+    if (!bytes.starts_with(kUtf8Mark) && LooksLikeUtf16(bytes)) {
         encoding = IniEncoding::Utf16;
         return FromUtf16(bytes, false);
     }

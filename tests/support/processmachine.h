@@ -34,12 +34,12 @@ class ScriptedProcesses final : public IProcesses {
     }
     Win32Error Wait(ProcessHandle process) override {
         std::unique_lock guard(m_lock);
-        m_changed.wait(guard, [&] { return m_processes.at(process - 1).ended; });
+        m_changed.wait(guard, [&] { return m_processes.at(static_cast<std::size_t>(process) - 1).ended; });
         return kErrorSuccess;
     }
     Win32Error GetExitCode(ProcessHandle process, std::uint32_t& code) override {
         const std::lock_guard guard(m_lock);
-        code = m_processes.at(process - 1).code;
+        code = m_processes.at(static_cast<std::size_t>(process) - 1).code;
         return kErrorSuccess;
     }
     void Close(ProcessHandle) override {
