@@ -29,13 +29,14 @@ struct Places {
 
 constexpr Places PlacesIn(std::u16string_view layout) noexcept {
     Places places{};
-    for (std::uint8_t i = 0; i < layout.size(); ++i) {
+    for (std::size_t i = 0; i < layout.size(); ++i) {
+        const auto place = static_cast<std::uint8_t>(i);
         if (IsHigh(layout[i])) {
-            places.high[layout[i] - u'A'] = i;
+            places.high[layout[i] - u'A'] = place;
         } else if (IsLow(layout[i])) {
-            places.low[layout[i] - u'a'] = i;
+            places.low[layout[i] - u'a'] = place;
         } else {
-            places.marks[places.markCount++] = i;
+            places.marks[places.markCount++] = place;
         }
     }
     return places;

@@ -92,7 +92,7 @@ bool IsCleanPath(std::u16string_view path) noexcept {
     for (std::size_t i = 0; i + 1 < path.size(); ++i) {
         mark((text[i] == u'\0') | (text[i] == u'/') | ((text[i] == u'\\') & (text[i + 1] == u'\\')));
     }
-    mark((path.back() == u'\0') | (path.back() == u'/'));
+    mark(path.back() == u'\0' || path.back() == u'/');
     return found == 0;
 }
 
