@@ -49,7 +49,7 @@ class Machine {
 // set one.
 Machine& CurrentMachine() noexcept;
 
-// True once a composition root has set a machine; on Windows the live one stands from the start.
+// True once a composition root has set a machine, as the entry of the module does at the first call.
 bool HasCurrentMachine() noexcept;
 
 // Sets the current machine for the scope's lifetime. For composition roots alone: the module's entry, the host

@@ -103,6 +103,10 @@ class CAppx final : public CKvObject<IApp> {
     Guid m_code;                         // nil for every package
     std::set<std::uint64_t> m_setLinks;  // checksums of the paths of the reparse folders that were walked
 
+    // Characters with the terminator: what is longer is no name, and no path, of a package.
+    static constexpr std::size_t kTextLimit = 260;
+    static constexpr std::size_t kPathLimit = 520;
+
   private:
     ResultCode SplitFamilyName();
     ResultCode ParseFullName();

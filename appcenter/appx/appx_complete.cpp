@@ -18,8 +18,6 @@
 namespace roundup {
 namespace {
 
-constexpr std::size_t kTextLimit = 260;
-constexpr std::size_t kPathLimit = 520;
 constexpr std::uint32_t kLocalAppData = 28;  // CSIDL_LOCAL_APPDATA
 // A logo is a small picture. What is larger than this is none, and would only burden the catalogue.
 constexpr std::uint32_t kLargestLogo = 16U << 20;
@@ -35,10 +33,10 @@ std::uint64_t FolderSize(std::u16string& path) {
     std::uint64_t size = 0;
     while (search.Next()) {
         if (!search.IsFolder()) {
-            if (length + 1 + search.Name().size() < kPathLimit) size += search.Entry().size;
+            if (length + 1 + search.Name().size() < CAppx::kPathLimit) size += search.Entry().size;
             continue;
         }
-        if (search.IsReparseFolder() || length + 1 + search.Name().size() >= kPathLimit) continue;
+        if (search.IsReparseFolder() || length + 1 + search.Name().size() >= CAppx::kPathLimit) continue;
         path.append(u"\\").append(search.Name());
         size += FolderSize(path);
         path.resize(length);

@@ -8,13 +8,6 @@
 #include "utility/pathchecksum.h"
 
 namespace roundup {
-namespace {
-
-constexpr std::size_t kTextLimit = 260;
-constexpr std::size_t kPathLimit = 520;
-
-}  // namespace
-
 ResultCode CAppx::Gather(IApp* /*root*/, IRemoveRepeatReg* /*filter*/) {
     if (IsGathered()) return kSuccess;
     const std::u16string_view packages = m_wzPackagesFolder;

@@ -173,9 +173,11 @@ ResultCode CAppx::ReSerialize(const std::byte* buffer, std::uint32_t size, std::
 
 ResultCode CAppx::ReadRecord(const std::byte* buffer, std::uint32_t size, std::uint32_t& count) {
     RecordReader reader({buffer, size}, SmallCode::GeneralFailure);
+    std::uint32_t magic = 0;
     std::uint32_t total = 0;
     const auto read = [&]() -> ResultCode {
-        if (!reader.SkipWord(kPackageMagic)) return Fail(SmallCode::BadArgument);
+        if (auto rc = reader.Read(magic); Failed(rc)) return Pass(rc);
+        if (magic != kPackageMagic) return Fail(SmallCode::BadArgument, magic);
         if (auto rc = reader.Read(total); Failed(rc)) return Pass(rc);
         if (total == 0) return Fail(SmallCode::BadArgument);
         if (!reader.EndAt(total)) return Fail(SmallCode::GeneralFailure, total);

@@ -128,9 +128,12 @@ TEST_F(StorePackagesTest, FilterFile_HidesPackagesButNoFrameworks) {
     }
 }
 
-TEST_F(StorePackagesTest, OtherWindowsOrCancelledLoad_AddsNothing) {
+TEST_F(StorePackagesTest, WindowsOtherThan10_HasNoPackages) {
     Package(u"A_1.0.0.0_x64__p", u"A_p", Manifest("1.0.0.0"));
+    EXPECT_EQ(FullNames(Load()).size(), 1U);
     builder.Version(6, 3, 9600);
+    EXPECT_TRUE(FullNames(Load()).empty());
+    builder.Version(11, 0, 22000);
     EXPECT_TRUE(FullNames(Load()).empty());
 }
 
