@@ -1,0 +1,7 @@
+#include "appcenter/appsoftdata/appsoftdata.h"
+
+namespace roundup {
+
+ResultCode AddSoftDataRules(const CApp* /*app*/, CAppRuleSet* /*ruleSet*/) { return kSuccess; }
+
+}  // namespace roundup

@@ -1,0 +1,7 @@
+#include "msianalyzer/imsianalyzer.h"
+
+namespace roundup {
+
+IMSIAnalyzer* CreateMSIAnalyzer() noexcept { return nullptr; }
+
+}  // namespace roundup
