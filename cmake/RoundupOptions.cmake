@@ -43,6 +43,8 @@ if(WIN32)
     # The linker leaves out what nothing reaches: the module carries the whole of the layers in its archives.
     target_compile_options(roundup_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-ffunction-sections> $<$<COMPILE_LANGUAGE:CXX>:-fdata-sections>)
     target_link_options(roundup_options INTERFACE -Wl,--gc-sections)
+    # Half again as much code, and no faster where the reading is the limit.
+    string(REPLACE "-O3" "-O2" CMAKE_CXX_FLAGS_RELEASE "${CMAKE_CXX_FLAGS_RELEASE}")
     # The records of roundup.h hold char16_t in everything that becomes one program; hosts of the DLL see wchar_t.
     target_compile_definitions(roundup_options INTERFACE ROUNDUP_TEXT_CHAR16)
 endif()

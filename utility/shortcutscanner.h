@@ -14,9 +14,9 @@ namespace roundup {
 
 // One shortcut file. A text that is not known is null.
 struct ShortcutRecord {
-    OwnedString targetPath;        // long path of the file that the shortcut opens
-    OwnedString linkFolder;        // folder of the shortcut file
-    OwnedString linkBaseName;      // its name without extension
+    OwnedString targetPath;    // long path of the file that the shortcut opens
+    OwnedString linkFolder;    // folder of the shortcut file
+    OwnedString linkBaseName;  // its name without extension
     OwnedString description;
     OwnedString arguments;
     OwnedString workingDirectory;  // long path

@@ -1,117 +1,105 @@
-// Over the standard library alone. A link is refused wherever one is met, but a part that is exchanged for a link
-// between the look and the use is followed: the standard library has no way to open a file below an opened folder.
+// Over the run-time library. A link is refused wherever one is met, but a part that is exchanged for a link between the
+// look and the use is followed: the library has no way to open a file below an opened folder.
+#define _CRT_RAND_S  // rand_s of stdlib.h
+#include <direct.h>
+#include <fcntl.h>
 #include <io.h>
 #include <stdlib.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
+#include <cstring>
 #include <ctime>
-#include <filesystem>
-#include <fstream>
 #include <mutex>
-#include <random>
 #include <thread>
 
+#include "platform/recorded/crtfile.h"
 #include "platform/recorded/hostfs.h"
-#include "utility/utf.h"
+#include "platform/recorded/hostpath.h"
 
 namespace roundup {
 
 namespace {
 
-namespace fs = std::filesystem;
-
-fs::path PathOf(std::string_view text) {
-    return {std::u8string(reinterpret_cast<const char8_t*>(text.data()), text.size())};
-}
-
-std::string TextOf(const fs::path& path) {
-    const std::u8string text = path.generic_u8string();
-    return {reinterpret_cast<const char*>(text.data()), text.size()};
-}
-
-Win32Error FromCode(const std::error_code& code) {
-    if (!code) return kErrorSuccess;
-    if (code == std::errc::no_such_file_or_directory) return kErrorFileNotFound;
-    if (code == std::errc::not_a_directory) return kErrorPathNotFound;
-    if (code == std::errc::permission_denied || code == std::errc::operation_not_permitted) return kErrorAccessDenied;
-    if (code == std::errc::no_space_on_device) return kErrorDiskFull;
-    if (code == std::errc::file_exists) return kErrorFileExists;
-    return kErrorReadFault;
-}
-
-SourceKind KindOf(const fs::file_status& status) noexcept {
-    switch (status.type()) {
-        case fs::file_type::regular:
-            return SourceKind::File;
-        case fs::file_type::directory:
-            return SourceKind::Folder;
-        case fs::file_type::symlink:
-            return SourceKind::Link;
+// The error numbers of the run-time library (errno.h) as the platform would tell them.
+Win32Error FromErrno(int error) noexcept {
+    switch (error) {
+        case 0:
+            return kErrorSuccess;
+        case ENOENT:
+            return kErrorFileNotFound;
+        case ENOTDIR:
+            return kErrorPathNotFound;
+        case EACCES:
+        case EPERM:
+        case EISDIR:
+            return kErrorAccessDenied;
+        case ENOSPC:
+            return kErrorDiskFull;
+        case EEXIST:
+            return kErrorFileExists;
+        case ENOMEM:
+            return kErrorNotEnoughMemory;
         default:
-            return SourceKind::Other;
+            return kErrorReadFault;
     }
 }
 
 class FileStream final : public IFileStream {
   public:
-    FileStream(std::fstream stream, fs::path path) : m_stream(std::move(stream)), m_path(std::move(path)) {}
+    explicit FileStream(int descriptor) : m_file(descriptor) {}
 
     Win32Error ReadAt(std::uint64_t position, void* buffer, std::uint32_t size, std::uint32_t& done) override {
-        const std::lock_guard guard(m_lock);
-        m_stream.clear();
-        m_stream.seekg(static_cast<std::streamoff>(position));
-        m_stream.read(static_cast<char*>(buffer), size);
-        done = static_cast<std::uint32_t>(m_stream.gcount());
-        return m_stream.bad() ? kErrorReadFault : kErrorSuccess;
+        return Move(position, size, done, [&](std::uint32_t from, unsigned count) {
+            return _read(m_file.Get(), static_cast<char*>(buffer) + from, count);
+        });
     }
     Win32Error WriteAt(std::uint64_t position, const void* buffer, std::uint32_t size, std::uint32_t& done) override {
-        const std::lock_guard guard(m_lock);
-        m_stream.clear();
-        m_stream.seekp(static_cast<std::streamoff>(position));
-        m_stream.write(static_cast<const char*>(buffer), size).flush();
-        done = m_stream ? size : 0;
-        return m_stream ? kErrorSuccess : kErrorWriteFault;
+        return Move(position, size, done, [&](std::uint32_t from, unsigned count) {
+            return _write(m_file.Get(), static_cast<const char*>(buffer) + from, count);
+        });
     }
     Win32Error GetSize(std::uint64_t& size) override {
-        std::error_code code;
-        size = fs::file_size(m_path, code);
-        return FromCode(code);
+        const std::int64_t length = _filelengthi64(m_file.Get());
+        if (length < 0) return FromErrno(errno);
+        size = static_cast<std::uint64_t>(length);
+        return kErrorSuccess;
     }
     Win32Error SetSize(std::uint64_t size) override {
+        if (size > INT64_MAX) return kErrorInvalidParameter;
         const std::lock_guard guard(m_lock);
-        std::error_code code;
-        m_stream.flush();
-        fs::resize_file(m_path, size, code);
-        return FromCode(code);
+        return FromErrno(_chsize_s(m_file.Get(), static_cast<std::int64_t>(size)));
     }
 
   private:
-    std::mutex m_lock;
-    std::fstream m_stream;  // guarded by m_lock
-    const fs::path m_path;
-};
+    // What one call of the library can be asked for.
+    static constexpr std::uint32_t kLargestMove = 0x40000000;
 
-// The system takes a name in any case; what is asked for here is the one of that spelling, as elsewhere.
-bool IsSpelledSo(const fs::path& place) {
-    _wfinddata_t found{};
-    const std::intptr_t search = _wfindfirst(place.c_str(), &found);
-    if (search == -1) return false;
-    _findclose(search);
-    return place.filename() == found.name;
-}
-
-class StandardFolder final : public HostFolder {
-  public:
-    explicit StandardFolder(fs::path folder) : m_folder(std::move(folder)), m_path(TextOf(m_folder)) {}
-
-    Win32Error OpenBelow(const std::string& path, std::unique_ptr<HostFolder>& folder) override {
-        fs::path place;
-        if (const Win32Error error = Locate(path, place); error != kErrorSuccess) return error;
-        if (KindOf(fs::symlink_status(place)) != SourceKind::Folder) return kErrorCannotAccessFile;
-        folder = std::make_unique<StandardFolder>(std::move(place));
+    template <class Step>
+    Win32Error Move(std::uint64_t position, std::uint32_t size, std::uint32_t& done, Step step) {
+        done = 0;
+        if (position > static_cast<std::uint64_t>(INT64_MAX) - size) return kErrorInvalidParameter;
+        const std::lock_guard guard(m_lock);
+        if (_lseeki64(m_file.Get(), static_cast<std::int64_t>(position), SEEK_SET) < 0) return FromErrno(errno);
+        while (done < size) {
+            const int moved = step(done, std::min(size - done, kLargestMove));
+            if (moved < 0) return FromErrno(errno);
+            if (moved == 0) break;
+            done += static_cast<std::uint32_t>(moved);
+        }
         return kErrorSuccess;
     }
+
+    std::mutex m_lock;  // one position serves all
+    const crt::File m_file;
+};
+
+class CrtFolder final : public HostFolder {
+  public:
+    explicit CrtFolder(std::wstring folder) : m_folder(std::move(folder)), m_path(crt::Narrow(m_folder)) {}
+
+    Win32Error OpenBelow(const std::string& path, std::unique_ptr<HostFolder>& folder) override;
     const std::string& Path() const noexcept override { return m_path; }
     Win32Error List(const std::string& path, std::vector<HostEntry>& entries) override;
     Win32Error Query(const std::string& path, SourceKind& kind, std::uint64_t& size) override;
@@ -121,68 +109,79 @@ class StandardFolder final : public HostFolder {
     Win32Error CreateFolder(const std::string& path) override;
 
   private:
-    Win32Error Locate(std::string_view path, fs::path& place) const;
+    Win32Error Locate(std::string_view path, std::wstring& place) const;
 
-    const fs::path m_folder;
+    const std::wstring m_folder;
     const std::string m_path;
 };
 
 // The place of a path whose parts, but for the last, are folders and no links.
-Win32Error StandardFolder::Locate(std::string_view path, fs::path& place) const {
+Win32Error CrtFolder::Locate(std::string_view path, std::wstring& place) const {
     place = m_folder;
     while (!path.empty()) {
-        if (place != m_folder) {
-            std::error_code code;
-            const SourceKind kind = KindOf(fs::symlink_status(place, code));
+        if (place.size() != m_folder.size()) {
+            SourceKind kind = SourceKind::Other;
+            std::uint64_t size = 0;
+            if (crt::Query(place, kind, size) != 0) return kErrorPathNotFound;
             if (kind == SourceKind::Link) return kErrorCannotAccessFile;
             if (kind != SourceKind::Folder) return kErrorPathNotFound;
         }
         const std::size_t end = std::min(path.find('/'), path.size());
         const std::string_view part = path.substr(0, end);
         path.remove_prefix(std::min(end + 1, path.size()));
-        if (part.empty() || part == "." || part == ".." || part.find_first_of("\\:") != std::string_view::npos) {
+        if (part.empty() || part == "." || part == ".." || part.find_first_of("\\:*?") != std::string_view::npos) {
             return kErrorInvalidName;
         }
-        place /= PathOf(part);
+        if (place.back() != L'\\') place += L'\\';
+        place += crt::Wide(part);
     }
     return kErrorSuccess;
 }
 
-Win32Error StandardFolder::List(const std::string& path, std::vector<HostEntry>& entries) {
-    fs::path place;
+Win32Error CrtFolder::OpenBelow(const std::string& path, std::unique_ptr<HostFolder>& folder) {
+    std::wstring place;
     if (const Win32Error error = Locate(path, place); error != kErrorSuccess) return error;
-    std::error_code code;
-    if (KindOf(fs::symlink_status(place, code)) == SourceKind::Link) return kErrorCannotAccessFile;
-    for (fs::directory_iterator entry(place, code), end; !code && entry != end; entry.increment(code)) {
-        std::error_code ignored;
-        entries.push_back({TextOf(entry->path().filename()), KindOf(entry->symlink_status(ignored))});
-    }
-    return FromCode(code);
+    SourceKind kind = SourceKind::Other;
+    std::uint64_t size = 0;
+    if (crt::Query(place, kind, size) != 0 || kind != SourceKind::Folder) return kErrorCannotAccessFile;
+    folder = std::make_unique<CrtFolder>(std::move(place));
+    return kErrorSuccess;
 }
 
-Win32Error StandardFolder::Query(const std::string& path, SourceKind& kind, std::uint64_t& size) {
-    fs::path place;
+Win32Error CrtFolder::List(const std::string& path, std::vector<HostEntry>& entries) {
+    std::wstring place;
     if (const Win32Error error = Locate(path, place); error != kErrorSuccess) return error;
-    std::error_code code;
-    const fs::file_status status = fs::symlink_status(place, code);
-    if (status.type() == fs::file_type::not_found || (!path.empty() && !IsSpelledSo(place))) {
-        return kErrorFileNotFound;
-    }
-    if (code) return FromCode(code);
-    kind = KindOf(status);
-    size = kind == SourceKind::File ? fs::file_size(place, code) : 0;
-    return FromCode(code);
+    SourceKind kind = SourceKind::Other;
+    std::uint64_t size = 0;
+    if (const int fault = crt::Query(place, kind, size); fault != 0) return FromErrno(fault);
+    if (kind == SourceKind::Link) return kErrorCannotAccessFile;
+    if (kind != SourceKind::Folder) return kErrorPathNotFound;
+    return FromErrno(crt::List(
+        place,
+        [](void* context, std::wstring_view name, SourceKind entry) {
+            static_cast<std::vector<HostEntry>*>(context)->push_back({crt::Narrow(name), entry});
+        },
+        &entries));
 }
 
-Win32Error StandardFolder::ReadLink(const std::string& path, std::string& target) {
-    fs::path place;
+// The system takes a name in any case; what is asked for here is the one of that spelling, as elsewhere.
+Win32Error CrtFolder::Query(const std::string& path, SourceKind& kind, std::uint64_t& size) {
+    std::wstring place;
     if (const Win32Error error = Locate(path, place); error != kErrorSuccess) return error;
-    std::error_code code;
-    target = TextOf(fs::read_symlink(place, code));
-    return FromCode(code);
+    std::wstring name;
+    if (const int fault = crt::Query(place, kind, size, &name); fault != 0) return FromErrno(fault);
+    const bool spelledSo = path.empty() || place.substr(place.rfind(L'\\') + 1) == name;
+    return spelledSo ? kErrorSuccess : kErrorFileNotFound;
 }
 
-Win32Error StandardFolder::OpenFile(const std::string& path, HostOpen how, std::unique_ptr<IFileStream>& stream) {
+// The library cannot tell where a link leads.
+Win32Error CrtFolder::ReadLink(const std::string& path, std::string& /*target*/) {
+    std::wstring place;
+    const Win32Error error = Locate(path, place);
+    return error != kErrorSuccess ? error : kErrorReadFault;
+}
+
+Win32Error CrtFolder::OpenFile(const std::string& path, HostOpen how, std::unique_ptr<IFileStream>& stream) {
     SourceKind kind = SourceKind::Other;
     std::uint64_t size = 0;
     const Win32Error found = Query(path, kind, size);
@@ -192,59 +191,69 @@ Win32Error StandardFolder::OpenFile(const std::string& path, HostOpen how, std::
     if (found == kErrorSuccess && kind == SourceKind::Link) return kErrorCannotAccessFile;
     if (found == kErrorSuccess && kind != SourceKind::File) return kErrorAccessDenied;
 
-    fs::path place;
+    std::wstring place;
     if (const Win32Error error = Locate(path, place); error != kErrorSuccess) return error;
-    std::ios::openmode mode = std::ios::binary | std::ios::in;
-    if (how != HostOpen::Read) mode |= std::ios::out;
-    if (found != kErrorSuccess || how == HostOpen::CreateOrEmpty) mode |= std::ios::trunc;
-    std::fstream file(place, mode);
-    if (!file.is_open()) return kErrorAccessDenied;
-    stream = std::make_unique<FileStream>(std::move(file), std::move(place));
+    int flags = how == HostOpen::Read ? _O_RDONLY : _O_RDWR;
+    if (creates) flags |= _O_CREAT;
+    if (how == HostOpen::CreateOrEmpty) flags |= _O_TRUNC;
+    int descriptor = -1;
+    if (const int fault = crt::File::Open(place, flags, descriptor); fault != 0) return FromErrno(fault);
+    stream = std::make_unique<FileStream>(descriptor);
     return kErrorSuccess;
 }
 
-Win32Error StandardFolder::DeleteFile(const std::string& path) {
-    fs::path place;
+Win32Error CrtFolder::DeleteFile(const std::string& path) {
+    std::wstring place;
     if (const Win32Error error = Locate(path, place); error != kErrorSuccess) return error;
-    std::error_code code;
-    if (KindOf(fs::symlink_status(place, code)) == SourceKind::Folder) return kErrorAccessDenied;
-    return fs::remove(place, code) ? kErrorSuccess : code ? FromCode(code) : kErrorFileNotFound;
+    SourceKind kind = SourceKind::Other;
+    std::uint64_t size = 0;
+    if (crt::Query(place, kind, size) == 0 && kind == SourceKind::Folder) return kErrorAccessDenied;
+    return _wremove(place.c_str()) == 0 ? kErrorSuccess : FromErrno(errno);
 }
 
-Win32Error StandardFolder::CreateFolder(const std::string& path) {
-    fs::path place;
+Win32Error CrtFolder::CreateFolder(const std::string& path) {
+    std::wstring place;
     if (const Win32Error error = Locate(path, place); error != kErrorSuccess) return error;
-    std::error_code code;
-    return fs::create_directory(place, code) ? kErrorSuccess : code ? FromCode(code) : kErrorAlreadyExists;
+    if (_wmkdir(place.c_str()) == 0) return kErrorSuccess;
+    return errno == EEXIST ? kErrorAlreadyExists : FromErrno(errno);
+}
+
+// The value of an environment variable as a path, empty when it is not set.
+std::string PathVariable(const wchar_t* name) {
+    const wchar_t* value = _wgetenv(name);
+    return value != nullptr ? crt::Narrow(value) : std::string();
 }
 
 }  // namespace
 
 Win32Error HostFolder::Open(const std::string& path, std::unique_ptr<HostFolder>& folder) {
-    std::error_code code;
-    fs::path place = fs::canonical(PathOf(path), code);
-    if (code) return FromCode(code);
-    if (!fs::is_directory(place, code)) return kErrorPathNotFound;
-    folder = std::make_unique<StandardFolder>(std::move(place));
+    std::string real;
+    SourceKind kind = SourceKind::Other;
+    std::uint64_t size = 0;
+    if (const int fault = HostRealPath(path, real); fault != 0) return FromErrno(fault);
+    if (const int fault = HostQueryPath(real, kind, size); fault != 0) return FromErrno(fault);
+    if (kind != SourceKind::Folder && kind != SourceKind::Link) return kErrorPathNotFound;
+    folder = std::make_unique<CrtFolder>(crt::Wide(real));
     return kErrorSuccess;
 }
 
+// TMPDIR as on every other system, then what the platform itself asks.
 std::string HostTempFolder() {
-    // As on every other system, when the variable is set.
-    if (const wchar_t* folder = _wgetenv(L"TMPDIR"); folder != nullptr && *folder != L'\0')
-        return TextOf(fs::path(folder));
-    std::error_code code;
-    return TextOf(fs::temp_directory_path(code));
+    for (const wchar_t* name : {L"TMPDIR", L"TMP", L"TEMP", L"USERPROFILE"}) {
+        if (std::string folder = PathVariable(name); !folder.empty()) return folder;
+    }
+    return {};
 }
 
-// The run time library keeps the path in the width of the program's main function.
+// The run-time library keeps the path in the width of the program's main function.
 std::string HostProgramPath() {
-    if (const wchar_t* path = _wpgmptr; path != nullptr) return TextOf(fs::path(path));
-    const char* path = _pgmptr;
-    return path != nullptr ? TextOf(fs::path(path)) : std::string();
+    if (const wchar_t* path = _wpgmptr; path != nullptr) return crt::Narrow(path);
+    std::string path = _pgmptr != nullptr ? _pgmptr : "";
+    std::replace(path.begin(), path.end(), '\\', '/');
+    return path;
 }
 
-// The standard library cannot tell.
+// The library cannot tell.
 void HostMemory(std::uint64_t& total, std::uint64_t& available) { total = available = 0; }
 
 LocalTime HostLocalTime() {
@@ -270,10 +279,15 @@ std::uint32_t HostThreadNumber() {
 }
 
 bool HostRandom(void* buffer, std::size_t size) {
-    std::random_device source;
-    std::uniform_int_distribution<int> byte(0, 255);
     auto* bytes = static_cast<unsigned char*>(buffer);
-    std::generate(bytes, bytes + size, [&] { return static_cast<unsigned char>(byte(source)); });
+    while (size != 0) {
+        unsigned word = 0;
+        if (rand_s(&word) != 0) return false;
+        const std::size_t count = std::min(size, sizeof word);
+        std::memcpy(bytes, &word, count);
+        bytes += count;
+        size -= count;
+    }
     return true;
 }
 

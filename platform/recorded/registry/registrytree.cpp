@@ -2,17 +2,19 @@
 
 #include <algorithm>
 #include <cstring>
-#include <random>
 
+#include "platform/recorded/hostfs.h"
 #include "platform/recorded/registry/positionindex.h"
 
 namespace roundup {
 
 namespace {
 
+// Without a source of randomness the address serves, which differs from run to run on most systems.
 std::uint64_t RandomSeed() {
-    std::random_device device;
-    return (std::uint64_t{device()} << 32) ^ device();
+    std::uint64_t seed = 0;
+    if (!HostRandom(&seed, sizeof seed)) seed = reinterpret_cast<std::uintptr_t>(&seed);
+    return seed;
 }
 
 std::optional<std::uint32_t> FindChildPosition(const RegistryNode& node, const FoldedName& name) noexcept {

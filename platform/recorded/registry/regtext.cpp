@@ -7,6 +7,7 @@
 #include <new>
 #include <vector>
 
+#include "platform/recorded/hostpath.h"
 #include "platform/recorded/registry/registrysources.h"
 #include "platform/recorded/registry/sourcefile.h"
 #include "platform/recorded/registry/sourcetext.h"
@@ -324,7 +325,7 @@ SourceStatus LoadRegTextFolder(RegistryStore& store, const std::string& folder) 
         for (const std::string& name : names) {
             std::string file = folder;
             file.append("/").append(name);
-            if (SourceStatus status = CheckInside(FolderAbove(folder), file)) return status;
+            if (SourceStatus status = CheckInside(HostFolderAbove(folder), file)) return status;
             if (SourceStatus status = LoadRegText(store, file)) return status;
         }
         return {};

@@ -27,9 +27,6 @@ SourceStatus CheckInside(const std::string& folder, const std::string& file);
 
 // The names in the folder with that ending, in the order in which Windows lists a folder. Throws std::bad_alloc.
 SourceStatus ListSourceFolder(const std::string& folder, std::u16string_view ending, std::vector<std::string>& names);
-// By its name, whatever a symbolic link of that name leads to.
-std::string FolderAbove(const std::string& folder);
-
 bool SourceFileExists(const std::string& file) noexcept;
 
 SourceError OutOfMemoryFault(const std::string& file);
