@@ -16,50 +16,12 @@
 #include <thread>
 #include <utility>
 
+#include "platform/recorded/hosterror.h"
 #include "platform/recorded/hostfs.h"
 
 namespace roundup {
 
 namespace {
-
-constexpr Win32Error kErrorTooManyOpenFiles = 4;
-
-// The error numbers of POSIX (errno.h) as the platform would tell them.
-Win32Error FromErrno(int error) noexcept {
-    switch (error) {
-        case 0:
-            return kErrorSuccess;
-        case ENOENT:
-            return kErrorFileNotFound;
-        case ENOTDIR:
-            return kErrorPathNotFound;
-        case EACCES:
-        case EPERM:
-        case EROFS:
-        case EISDIR:
-        case ENXIO:
-            return kErrorAccessDenied;
-        case ELOOP:
-            return kErrorCannotAccessFile;
-        case ENOSPC:
-        case EDQUOT:
-        case EFBIG:
-            return kErrorDiskFull;
-        case EEXIST:
-            return kErrorFileExists;
-        case ENOMEM:
-            return kErrorNotEnoughMemory;
-        case EMFILE:
-        case ENFILE:
-            return kErrorTooManyOpenFiles;
-        case ENAMETOOLONG:
-        case EINVAL:
-        case EILSEQ:
-            return kErrorInvalidName;
-        default:
-            return kErrorReadFault;
-    }
-}
 
 class Descriptor {
   public:

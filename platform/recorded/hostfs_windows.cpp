@@ -15,36 +15,13 @@
 #include <thread>
 
 #include "platform/recorded/crtfile.h"
+#include "platform/recorded/hosterror.h"
 #include "platform/recorded/hostfs.h"
 #include "platform/recorded/hostpath.h"
 
 namespace roundup {
 
 namespace {
-
-// The error numbers of the run-time library (errno.h) as the platform would tell them.
-Win32Error FromErrno(int error) noexcept {
-    switch (error) {
-        case 0:
-            return kErrorSuccess;
-        case ENOENT:
-            return kErrorFileNotFound;
-        case ENOTDIR:
-            return kErrorPathNotFound;
-        case EACCES:
-        case EPERM:
-        case EISDIR:
-            return kErrorAccessDenied;
-        case ENOSPC:
-            return kErrorDiskFull;
-        case EEXIST:
-            return kErrorFileExists;
-        case ENOMEM:
-            return kErrorNotEnoughMemory;
-        default:
-            return kErrorReadFault;
-    }
-}
 
 class FileStream final : public IFileStream {
   public:
