@@ -1,0 +1,47 @@
+// Which components the machine has, whoever installed them.
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "msianalyzer/textarena.h"
+#include "utility/locks.h"
+#include "utility/result.h"
+
+namespace roundup {
+
+// The list of the platform, kept in the file Components.ini of the cache folder, which is binary: magic 0x00606001,
+// length of the file, then the identifiers in ascending order, each as its bytes with the terminator (32 bits) and
+// the text. A file that is there is believed; without one the platform is asked, and the file is written when the
+// folder is there. Made once for the process by GetInstalledComponents, from then on only read: any thread.
+class CInstalledComponents {
+  public:
+    CInstalledComponents();
+    CInstalledComponents(const CInstalledComponents&) = delete;
+    CInstalledComponents& operator=(const CInstalledComponents&) = delete;
+
+    // The identifier in braces, compared exactly.
+    bool Contains(std::u16string_view componentId) const noexcept;
+    // Ascending, by character value.
+    std::span<const std::u16string_view> Components() const noexcept { return m_components; }
+
+  private:
+    ResultCode Load();
+    void Enumerate();
+    ResultCode ReadCache(const char16_t* path);
+    ResultCode Parse(std::span<const std::byte> bytes);
+    ResultCode WriteCache(const char16_t* path);
+    void Add(std::u16string_view componentId);
+    void Sort();
+
+    TextArena m_texts;
+    std::vector<std::u16string_view> m_components;
+    MutexLock m_cacheLock;
+};
+
+// The one of the process on this machine; reads the cache or the platform at its first call.
+const CInstalledComponents& GetInstalledComponents();
+
+}  // namespace roundup
