@@ -18,6 +18,7 @@ namespace roundup {
 class CComponentTableRow;
 class CRegistryTableRow;
 class CSaveRegistry2DataFile;
+class CServiceInstallTableRow;
 class CShortcutTableRow;
 
 // Identifiers, compared exactly.
@@ -76,6 +77,7 @@ class CComponent {
     ResultCode ExportIniValues();
 
     ResultCode WriteShortcut(const CShortcutTableRow& row);
+    ResultCode WriteService(const CServiceInstallTableRow& row);
     ResultCode WriteRegistryRow(CSaveRegistry2DataFile& save, const CRegistryTableRow& row);
     bool IsExcluded(KeyHandle root, std::u16string_view key) const;
     ResultCode WriteClass(CSaveRegistry2DataFile& save, std::u16string_view clsid);

@@ -19,7 +19,8 @@ ResultCode DataExport::Begin() {
 }
 
 ResultCode DataExport::HandOver(DataTerminator terminator, std::uint64_t threshold, std::uint32_t type) {
-    const ResultCode rc = terminator == DataTerminator::Plain ? m_file.WriteDword(UINT32_MAX) : m_file.WriteQword(UINT64_MAX);
+    const ResultCode rc =
+        terminator == DataTerminator::Plain ? m_file.WriteDword(UINT32_MAX) : m_file.WriteQword(UINT64_MAX);
     if (Failed(rc)) return Pass(rc);
     m_file.Close();
     const std::uint64_t size = GetFileSize64(m_path.Text());

@@ -14,6 +14,18 @@ class CMSIAnalyzer;
 // A file of registry records ends with 64 bits set, one of plain records with 32.
 enum class DataTerminator : std::uint8_t { Plain, Registry };
 
+// What most exports need to have written, bytes: a file of plain records one of them, one of registry records none.
+inline constexpr std::uint64_t kExportThreshold = 5;
+
+// Writes the texts one behind the other.
+template <class... Texts>
+ResultCode WriteStrings(CDataFile& file, const Texts&... texts) {
+    for (const std::u16string_view text : {std::u16string_view(texts)...}) {
+        if (const ResultCode rc = file.WriteString(text); Failed(rc)) return PassQuiet(rc);
+    }
+    return kSuccess;
+}
+
 // A file that was not handed over is deleted at the end of the object. Used by one thread.
 //
 //     DataExport data(analyzer, file);

@@ -35,7 +35,8 @@ ResultCode EnvironmentOf(std::u16string_view name, std::u16string& value) {
     const std::u16string variable(name);
     ISystem& system = CurrentMachine().System();
     value.resize(260);
-    std::uint32_t length = system.GetEnvironment(variable.c_str(), value.data(), static_cast<std::uint32_t>(value.size()));
+    std::uint32_t length =
+        system.GetEnvironment(variable.c_str(), value.data(), static_cast<std::uint32_t>(value.size()));
     if (length > value.size()) {
         value.resize(length);
         length = system.GetEnvironment(variable.c_str(), value.data(), length);
@@ -136,7 +137,8 @@ ResultCode CFormattedString::Evaluate(std::u16string_view token, std::u16string&
 ResultCode CFormattedString::FileOf(std::u16string_view key, std::u16string& value) const {
     const CFileTableRow* row = nullptr;
     if (Failed(m_analyzer->FindFile(key, row))) return FailQuiet(SmallCode::GeneralFailure);
-    if (const ResultCode rc = m_analyzer->GetComponentPath(row->component, value, false); Failed(rc)) return PassQuiet(rc);
+    if (const ResultCode rc = m_analyzer->GetComponentPath(row->component, value, false); Failed(rc))
+        return PassQuiet(rc);
     value += GetLongName(row->fileName);
     return kSuccess;
 }
@@ -167,7 +169,8 @@ ResultCode CFormattedString::SpecialForm(std::u16string_view form, std::u16strin
 ResultCode CFormattedString::NamedFile(std::u16string_view name, bool withFile, std::u16string& value) const {
     const auto* row = static_cast<const CFileTableRow*>(m_analyzer->RowsByName(MsiTable::File).Find(name));
     if (row == nullptr) return FailQuiet(SmallCode::GeneralFailure);
-    if (const ResultCode rc = m_analyzer->GetComponentPath(row->component, value, false); Failed(rc)) return PassQuiet(rc);
+    if (const ResultCode rc = m_analyzer->GetComponentPath(row->component, value, false); Failed(rc))
+        return PassQuiet(rc);
     if (withFile) value += GetLongName(row->fileName);
     return kSuccess;
 }

@@ -113,6 +113,9 @@ class CMSIAnalyzer final : public IMSIAnalyzer {
     // Whether the machine has a component of that identifier, exactly as it stands. Always succeeds.
     ResultCode IsComponentInstalled(std::u16string_view componentId, bool& installed) const;
 
+    // The files that register themselves by the component that they belong to, in the order of table SelfReg.
+    const RowIndex& SelfRegFiles() const;
+
     // Hands an item to whoever opened the analysis; a data file is the receiver's from then on.
     void Report(std::u16string_view item, std::uint64_t value, std::uint32_t type) const;
     // Reports every file that FindFiles finds, with its size.
@@ -157,6 +160,8 @@ class CMSIAnalyzer final : public IMSIAnalyzer {
     std::map<std::u16string, ComponentPath, std::less<>> m_componentPaths;
     // Many components share a folder. Good while the properties stay as they are.
     mutable std::map<std::u16string, ResolvedDirectory, std::less<>> m_directories;
+    mutable RowIndex m_selfRegFiles;
+    mutable bool m_selfRegIndexed = false;
     IRemoveRepeatReg* m_filter = nullptr;  // the caller's
 };
 

@@ -5,6 +5,7 @@
 // A file of such records ends with 64 bits set.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -36,9 +37,9 @@ class CSaveRegistry2DataFile {
 
   private:
     struct Walk;
-    ResultCode EnterKey(Walk& walk, bool& entered);
+    ResultCode EnterKey(Walk& walk);
     ResultCode NextSubkey(Walk& walk);
-    ResultCode WriteValues(Walk& walk, CWFYRegKey& key);
+    ResultCode WriteValues(const Walk& walk, CWFYRegKey& key);
     ResultCode WriteRecord(KeyHandle root, std::u16string_view key, std::u16string_view name, std::uint32_t type,
                            std::span<const std::byte> data, bool view64);
 

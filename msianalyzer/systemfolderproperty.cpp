@@ -10,7 +10,7 @@ namespace roundup {
 namespace {
 
 constexpr std::uint32_t kMaxPath = 260;
-constexpr std::uint16_t kArchitectureIa64 = 6;         // PROCESSOR_ARCHITECTURE_IA64
+constexpr std::uint16_t kArchitectureIa64 = 6;          // PROCESSOR_ARCHITECTURE_IA64
 constexpr std::uint16_t kArchitectureUnknown = 0xFFFF;  // PROCESSOR_ARCHITECTURE_UNKNOWN
 constexpr std::uint32_t kWindows = 36;
 
@@ -106,8 +106,8 @@ ResultCode GetArchitectureBits(std::uint32_t& bits) {
 ResultCode ResolveSystemFolder(std::u16string_view name, std::u16string& path, bool perMachine) {
     std::uint32_t bits = 0;
     if (const ResultCode rc = GetArchitectureBits(bits); Failed(rc)) return Pass(rc);
-    const FolderProperty* const folder =
-        std::find_if(std::begin(kFolders), std::end(kFolders), [name](const auto& entry) { return entry.name == name; });
+    const FolderProperty* const folder = std::find_if(std::begin(kFolders), std::end(kFolders),
+                                                      [name](const auto& entry) { return entry.name == name; });
     if (folder == std::end(kFolders)) return FailQuiet(SmallCode::BadData);
     const Place& place = bits == 64 ? folder->on64 : folder->on32;
     switch (place.source) {
