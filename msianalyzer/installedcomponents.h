@@ -1,7 +1,6 @@
 // Which components the machine has, whoever installed them.
 #pragma once
 
-#include <cstddef>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -29,12 +28,11 @@ class CInstalledComponents {
 
   private:
     ResultCode Load();
-    void Enumerate();
+    ResultCode Enumerate();
     ResultCode ReadCache(const char16_t* path);
-    ResultCode Parse(std::span<const std::byte> bytes);
     ResultCode WriteCache(const char16_t* path);
-    void Add(std::u16string_view componentId);
-    void Sort();
+    ResultCode Add(std::u16string_view componentId);
+    void Sort() noexcept;
 
     TextArena m_texts;
     std::vector<std::u16string_view> m_components;

@@ -1,7 +1,6 @@
 // Which classes and interfaces point at a type library: the registry has the link in the other direction alone.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <set>
 #include <span>
@@ -53,14 +52,12 @@ class CTypeLibInformation {
   private:
     ResultCode Load();
     ResultCode ReadReferrers(bool view64);
-    ResultCode ReadReferrer(std::u16string_view path, bool view64);
+    ResultCode ReadReferrer(std::u16string& path, bool view64);
     ResultCode ReadCache(const char16_t* path);
-    ResultCode Parse(std::span<const std::byte> bytes);
-    ResultCode ParseGroup(CacheReader& reader);
+    ResultCode ReadGroup(CacheReader& reader);
     ResultCode WriteCache(const char16_t* path);
-    ResultCode Add(bool view64, std::u16string_view library, std::u16string_view version, std::u16string_view path);
-    void Sort();
-    std::u16string_view Keep(std::u16string_view text);
+    ResultCode Keep(std::u16string_view text, std::u16string_view& kept);
+    void Sort() noexcept;
 
     std::uint32_t m_kind;  // as the file has it
     std::uint32_t m_bits = 0;
