@@ -7,6 +7,7 @@
 
 #include "host/catalogue.h"
 #include "host/findapp.h"
+#include "host/listfilter.h"
 
 namespace roundup::host {
 
@@ -16,11 +17,16 @@ struct Layout {
     bool colour = false;
 };
 
-// Each writes to standard output and answers false when it cannot be written.
-bool WriteTable(const std::vector<Catalogue::Listed>& records, const Layout& layout);
-bool WriteTree(const std::vector<const IApp*>& apps, const Layout& layout);
-bool WriteJson(const std::vector<const IApp*>& apps);
-bool WriteCsv(const std::vector<const IApp*>& apps);
+// The line below a listing.
+std::string TotalText(const std::string& total, const Layout& layout);
+
+// Each writes to standard output and answers false when it cannot be written. The listings for people end with total.
+bool WriteTable(const std::vector<Catalogue::Listed>& records, const std::string& total, const Layout& layout);
+bool WriteTree(const std::vector<NumberedApp>& apps, const std::string& total, const Layout& layout);
+bool WriteJson(const std::vector<NumberedApp>& apps);
+// One object a line, for pipelines.
+bool WriteJsonLines(const std::vector<NumberedApp>& apps);
+bool WriteCsv(const std::vector<NumberedApp>& apps);
 
 // One application, with where it comes from and why it, and what hangs below it, hang where they do.
 bool WriteApp(const Found& found, const Layout& layout);

@@ -59,16 +59,16 @@ std::string CsvPackage(const CAppx& package, std::size_t index) {
 
 }  // namespace
 
-bool WriteJson(const std::vector<const IApp*>& apps) {
+bool WriteJson(const std::vector<NumberedApp>& apps) {
     bool written = true;
     const auto sink = [&](std::string_view text) { written = WriteOut(text) && written; };
     const auto writeKind = [&](std::int32_t appx) {
         bool first = true;
-        for (std::size_t i = 0; i < apps.size(); ++i) {
-            if (apps[i]->IsAppx() != appx) continue;
+        for (const NumberedApp& one : apps) {
+            if (one.app->IsAppx() != appx) continue;
             if (!first) sink(",");
             first = false;
-            WriteAppJson(*apps[i], i, sink);
+            WriteAppJson(*one.app, one.index, sink);
         }
     };
     sink("{\"applications\":[");
@@ -79,7 +79,17 @@ bool WriteJson(const std::vector<const IApp*>& apps) {
     return written;
 }
 
-bool WriteCsv(const std::vector<const IApp*>& apps) {
+bool WriteJsonLines(const std::vector<NumberedApp>& apps) {
+    bool written = true;
+    const auto sink = [&](std::string_view text) { written = WriteOut(text) && written; };
+    for (const NumberedApp& one : apps) {
+        WriteAppJson(*one.app, one.index, sink);
+        sink("\n");
+    }
+    return written;
+}
+
+bool WriteCsv(const std::vector<NumberedApp>& apps) {
     std::string head = "index,level";
     for (const AppField& field : kAppFields) head += std::string(",") + field.name;
     bool written = WriteOut(head + "\r\n");
@@ -89,13 +99,13 @@ bool WriteCsv(const std::vector<const IApp*>& apps) {
         std::size_t level;
     };
     std::vector<Waiting> waiting;
-    for (std::size_t i = 0; i < apps.size(); ++i) {
-        if (const auto* package = dynamic_cast<const CAppx*>(apps[i])) {
-            written = WriteOut(CsvPackage(*package, i)) && written;
+    for (const NumberedApp& one : apps) {
+        if (const auto* package = dynamic_cast<const CAppx*>(one.app)) {
+            written = WriteOut(CsvPackage(*package, one.index)) && written;
             continue;
         }
-        const auto* root = dynamic_cast<const CApp*>(apps[i]);
-        if (root != nullptr) waiting.push_back({root, std::to_string(i), 0});
+        const auto* root = dynamic_cast<const CApp*>(one.app);
+        if (root != nullptr) waiting.push_back({root, std::to_string(one.index), 0});
         while (!waiting.empty()) {
             const Waiting next = std::move(waiting.back());
             waiting.pop_back();

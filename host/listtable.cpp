@@ -127,15 +127,19 @@ std::string TwoLineTable(const std::vector<Row>& rows, std::array<std::size_t, k
 
 }  // namespace
 
-bool WriteTable(const std::vector<Catalogue::Listed>& records, const Layout& layout) {
+std::string TotalText(const std::string& total, const Layout& layout) {
+    return Styled(layout.width ? Cut(total, *layout.width) : total, kDim, layout.colour);
+}
+
+bool WriteTable(const std::vector<Catalogue::Listed>& records, const std::string& total, const Layout& layout) {
     std::vector<Row> rows = {MakeHeads()};
     rows.reserve(records.size() + 1);
     for (const Catalogue::Listed& listed : records) rows.push_back(RowOf(listed));
     std::array<std::size_t, kColumns> widths = NaturalWidths(rows);
     if (!layout.width || ShrinkToFit(widths, *layout.width)) {
-        return WriteOut(OneLineTable(rows, widths, layout.colour));
+        return WriteOut(OneLineTable(rows, widths, layout.colour) + TotalText(total, layout));
     }
-    return WriteOut(TwoLineTable(rows, NaturalWidths(rows), *layout.width, layout.colour));
+    return WriteOut(TwoLineTable(rows, NaturalWidths(rows), *layout.width, layout.colour) + TotalText(total, layout));
 }
 
 }  // namespace roundup::host

@@ -50,9 +50,9 @@ std::string Line(const Node& node, const Layout& layout) {
 
 }  // namespace
 
-bool WriteTree(const std::vector<const IApp*>& apps, const Layout& layout) {
+bool WriteTree(const std::vector<NumberedApp>& apps, const std::string& total, const Layout& layout) {
     std::vector<Node> waiting;
-    for (std::size_t i = apps.size(); i > 0; --i) waiting.push_back({apps[i - 1], "", true, true});
+    for (std::size_t i = apps.size(); i > 0; --i) waiting.push_back({apps[i - 1].app, "", true, true});
     std::vector<IApp*> below;
     while (!waiting.empty()) {
         const Node node = std::move(waiting.back());
@@ -67,7 +67,7 @@ bool WriteTree(const std::vector<const IApp*>& apps, const Layout& layout) {
             waiting.push_back({below[i - 1], stem, false, i == below.size()});
         }
     }
-    return true;
+    return WriteOut(TotalText(total, layout));
 }
 
 }  // namespace roundup::host

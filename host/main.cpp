@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "host/diff.h"
 #include "host/machinechoice.h"
 #include "host/options.h"
 #include "host/program.h"
@@ -19,6 +20,7 @@ int Run(int argc, char** argv) {
     const ParsedCommandLine parsed = ParseCommandLine(ProgramArguments(argc, argv));
     if (!parsed.options) return parsed.exitStatus;
     CatchInterrupts();
+    if (parsed.options->command == Command::Diff) return RunDiff(*parsed.options);
     std::string message;
     const std::unique_ptr<Machine> machine = ChooseMachine(*parsed.options, message);
     if (machine == nullptr) {

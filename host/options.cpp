@@ -19,6 +19,8 @@ constexpr const char* kEpilogue =
     "Examples:\n"
     "  roundup list --machine samples/machine\n"
     "  roundup list --machine ~/.wine --format json\n"
+    "  roundup list --publisher 'Otter*' --larger-than 100M --sort size\n"
+    "  roundup diff monday.json /mnt/windows\n"
     "  roundup show '{1D2C96C3-A3F3-49E7-B839-95279DED837F}' --machine /mnt/windows --user Ann\n"
     "  roundup uninstall PustelginNotes --machine samples/machine --dry-run";
 
@@ -31,15 +33,19 @@ CLI::Option* AddChoice(CLI::App& app, const std::string& flag, T& target, std::m
         ->option_text([&] { return std::string("NAME"); }());
 }
 
-void AddMachineOptions(CLI::App& app, Options& options) {
-    app.add_option("--machine", options.machine, "folder of the machine (or ROUNDUP_MACHINE)")
-        ->option_text("DIR")
-        ->envname("ROUNDUP_MACHINE");
+void AddHostOptions(CLI::App& app, Options& options) {
     app.add_option("--host", options.hostFolder, "host folder, with Config and cache in it (or ROUNDUP_HOST)")
         ->option_text("DIR")
         ->envname("ROUNDUP_HOST");
     app.add_option("--user", options.user, "user of a machine with several profiles")->option_text("NAME");
     app.add_flag("--verbose", options.verbose, "show the module's own diagnosis on standard error");
+}
+
+void AddMachineOptions(CLI::App& app, Options& options) {
+    app.add_option("--machine", options.machine, "folder of the machine (or ROUNDUP_MACHINE)")
+        ->option_text("DIR")
+        ->envname("ROUNDUP_MACHINE");
+    AddHostOptions(app, options);
 }
 
 // The application that a command is about. name is set when the option was given.
@@ -58,6 +64,35 @@ void AddProgress(CLI::App& app, Options& options) {
                               {"plain", ProgressStyle::Plain},
                               {"none", ProgressStyle::None}},
                              "progress on standard error: auto, bar, plain or none");
+}
+
+template <class T>
+CLI::Option* AddParsed(CLI::App& app, const std::string& flag, std::optional<T>& target,
+                       std::optional<T> (*parse)(const std::string&), const char* wanted, const std::string& text) {
+    return app
+        .add_option_function<std::string>(
+            flag,
+            [&target, parse, flag, wanted](const std::string& value) {
+                target = parse(value);
+                if (!target) throw CLI::ValidationError(flag, "'" + value + "' is no " + wanted);
+            },
+            text)
+        ->option_text("VALUE");
+}
+
+void AddFilter(CLI::App& app, ListFilter& filter) {
+    app.add_option("--name", filter.name, "only names with that text, or like that pattern (* and ?)")
+        ->option_text("TEXT");
+    app.add_option("--publisher", filter.publisher, "only publishers with that text, or like that pattern")
+        ->option_text("TEXT");
+    AddParsed<Kind>(app, "--kind", filter.kind, ParseKind, "kind (app, msi, package or update)",
+                    "only one kind: app (a setup program's), msi, package (of the store) or update");
+    AddParsed<std::uint64_t>(app, "--larger-than", filter.largerThan, ParseSize, "size",
+                             "only above that size in bytes, or with K, M, G or T (powers of 1,024)");
+    AddParsed<std::string>(app, "--since", filter.since, ParseDay, "day",
+                           "only what was installed on that day (2024-03-01) or later");
+    AddParsed<SortBy>(app, "--sort", filter.sort, ParseOrder, "order (name, publisher, size or date)",
+                      "by name, publisher, size (largest first) or date (newest first)");
 }
 
 // CLI11 calls the name of the last parsed subcommand's parent "roundup" itself; its error texts are one line each.
@@ -84,8 +119,13 @@ ParsedCommandLine ParseCommandLine(std::vector<std::string> arguments) {
     CLI::App* list = app.add_subcommand("list", "List the applications of a machine");
     AddMachineOptions(*list, options);
     AddChoice<Format>(*list, "--format", options.format,
-                      {{"table", Format::Table}, {"tree", Format::Tree}, {"json", Format::Json}, {"csv", Format::Csv}},
-                      "table, tree, json or csv");
+                      {{"table", Format::Table},
+                       {"tree", Format::Tree},
+                       {"json", Format::Json},
+                       {"ndjson", Format::JsonLines},
+                       {"csv", Format::Csv}},
+                      "table, tree, json, ndjson (one object a line) or csv");
+    AddFilter(*list, options.filter);
     AddProgress(*list, options);
 
     Format showFormat = Format::Text;
@@ -99,6 +139,13 @@ ParsedCommandLine ParseCommandLine(std::vector<std::string> arguments) {
     AddMachineOptions(*uninstall, options);
     uninstall->add_flag("--dry-run", options.dryRun, "tell what would run, as JSON, and run nothing");
 
+    Format diffFormat = Format::Text;
+    CLI::App* diff = app.add_subcommand("diff", "Tell what has changed between two catalogues");
+    diff->add_option("OLD", options.diff[0], "machine, or file with the JSON of 'list'")->required();
+    diff->add_option("NEW", options.diff[1], "the same")->required();
+    AddHostOptions(*diff, options);
+    AddChoice<Format>(*diff, "--format", diffFormat, {{"text", Format::Text}, {"json", Format::Json}}, "text or json");
+
     try {
         std::reverse(arguments.begin(), arguments.end());
         app.parse(std::move(arguments));
@@ -108,6 +155,11 @@ ParsedCommandLine ParseCommandLine(std::vector<std::string> arguments) {
     if (show->parsed() || uninstall->parsed()) {
         options.command = show->parsed() ? Command::Show : Command::Uninstall;
         options.format = showFormat;
+        options.progress = ProgressStyle::None;
+    }
+    if (diff->parsed()) {
+        options.command = Command::Diff;
+        options.format = diffFormat;
         options.progress = ProgressStyle::None;
     }
     return {std::move(options), kExitSuccess};

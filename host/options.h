@@ -1,14 +1,17 @@
 // What the command line asks for.
 #pragma once
 
+#include <array>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "host/listfilter.h"
+
 namespace roundup::host {
 
-enum class Command { List, Show, Uninstall };
-enum class Format { Table, Tree, Json, Csv, Text };
+enum class Command { List, Show, Uninstall, Diff };
+enum class Format { Table, Tree, Json, JsonLines, Csv, Text };
 enum class ProgressStyle { Auto, Bar, Plain, None };
 
 // Exit status of the program; uninstallers answer with their own.
@@ -27,6 +30,8 @@ struct Options {
     std::string user;
     std::string key;
     std::optional<std::string> name;
+    ListFilter filter;                // of list
+    std::array<std::string, 2> diff;  // machines or files
     bool dryRun = false;
     bool verbose = false;
 };

@@ -1,6 +1,7 @@
 #include "host/program.h"
 
 #include <cstdio>
+#include <unordered_map>
 
 #include "host/appjson.h"
 #include "host/applist.h"
@@ -17,19 +18,34 @@ namespace {
 
 Layout LayoutOf(Stream stream) { return {TerminalWidth(stream), WantsColour(stream)}; }
 
+// The records in the order of the applications that are shown; those that are no longer present are left out.
+std::vector<Catalogue::Listed> RecordsOf(const std::vector<NumberedApp>& shown, Catalogue& catalogue) {
+    std::unordered_map<const IApp*, const _tagAppInfo*> byApp;
+    for (const Catalogue::Listed& listed : catalogue.Records()) byApp.emplace(listed.app, listed.record);
+    std::vector<Catalogue::Listed> records;
+    for (const NumberedApp& one : shown) {
+        if (const auto found = byApp.find(one.app); found != byApp.end()) records.push_back({found->second, one.app});
+    }
+    return records;
+}
+
 bool WriteList(const Options& options, Catalogue& catalogue) {
+    const std::vector<NumberedApp> shown = SelectApps(catalogue.Apps(), options.filter);
+    const std::string total = TotalLine(shown, catalogue.Apps());
     switch (options.format) {
         case Format::Tree:
-            return WriteTree(catalogue.Apps(), LayoutOf(Stream::Output));
+            return WriteTree(shown, total, LayoutOf(Stream::Output));
         case Format::Json:
-            return WriteJson(catalogue.Apps());
+            return WriteJson(shown);
+        case Format::JsonLines:
+            return WriteJsonLines(shown);
         case Format::Csv:
-            return WriteCsv(catalogue.Apps());
+            return WriteCsv(shown);
         case Format::Table:
         case Format::Text:
             break;
     }
-    return WriteTable(catalogue.Records(), LayoutOf(Stream::Output));
+    return WriteTable(RecordsOf(shown, catalogue), total, LayoutOf(Stream::Output));
 }
 
 int Show(const Options& options, const Found& found) {
@@ -45,8 +61,7 @@ int Show(const Options& options, const Found& found) {
 
 }  // namespace
 
-int RunCommand(const Options& options) {
-    Catalogue catalogue;
+int LoadCatalogue(const Options& options, Catalogue& catalogue) {
     LoadOutcome outcome = LoadOutcome::Failed;
     {
         ProgressMeter progress(options.progress);
@@ -57,6 +72,12 @@ int RunCommand(const Options& options) {
         return kExitCancelled;
     }
     if (outcome == LoadOutcome::Failed) return Complain("the catalogue cannot be loaded (the log tells more)");
+    return kExitSuccess;
+}
+
+int RunCommand(const Options& options) {
+    Catalogue catalogue;
+    if (const int status = LoadCatalogue(options, catalogue); status != kExitSuccess) return status;
     if (options.command == Command::List) {
         const bool written = WriteList(options, catalogue) && std::fflush(stdout) == 0;
         return written ? kExitSuccess : Complain(kOutputFailed);

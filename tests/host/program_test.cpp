@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <nlohmann/json.hpp>
 
 #include "platform/livemachine.h"
@@ -67,7 +68,7 @@ TEST_F(ProgramTest, JsonOfAList_HoldsEveryMemberInOrderAndWholeTexts) {
 }
 
 TEST_F(ProgramTest, Listings_AreTheSameInEveryRunAndWriteNothingToStandardError) {
-    for (const std::string format : {"table", "tree", "json", "csv"}) {
+    for (const std::string format : {"table", "tree", "json", "ndjson", "csv"}) {
         const ProgramRun first = Run({"list", "--format", format});
         const ProgramRun second = Run({"list", "--format", format});
         EXPECT_EQ(first.status, 0) << format;
@@ -91,6 +92,19 @@ TEST_F(ProgramTest, Csv_QuotesWhatNeedsIt) {
     EXPECT_NE(run.output.find("\r\n2,0,Aurora Paint,\"Lumen, \"\"Works\"\"\",20240301,Paint,2.4,,513,2097152,"),
               std::string::npos)
         << run.output;
+}
+
+TEST_F(ProgramTest, Diff_ReadsMachinesAndListsAlike) {
+    const std::string list = folder / "before.json";
+    std::string before = Run({"list", "--format", "json"}).output;
+    const auto at = before.find("\"version\":\"2.4\"");
+    ASSERT_NE(at, std::string::npos);
+    std::ofstream(list) << before.replace(at, 15, "\"version\":\"2.3\"");
+    const ProgramRun changed = RunProgram({"diff", list, machine});
+    EXPECT_EQ(changed.output, "~ Aurora Paint  2.3 -> 2.4\n0 added, 0 removed, 1 changed\n") << changed.error;
+    EXPECT_EQ(RunProgram({"diff", machine, machine, "--format", "json"}).output,
+              "{\"added\":[],\"removed\":[],\"changed\":[]}\n");
+    EXPECT_EQ(RunProgram({"diff", folder / "none", machine}).status, 1);
 }
 
 TEST_F(ProgramTest, Show_FindsKeyAndNameIgnoringCaseOrFails) {
