@@ -8,7 +8,7 @@
 
 #include "appcenter/appeunm/appmanager.h"
 #include "appcenter/appeunm/firstindex.h"
-#include "appcenter/appeunm/flatmap.h"
+#include "utility/flatmap.h"
 #include "appcenter/appeunm/hidepasses.h"
 #include "appcenter/appeunm/linksubapp.h"
 #include "appcenter/appeunm/locationpasses.h"

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "appcenter/appeunm/flatmap.h"
+#include "utility/flatmap.h"
 #include "appcenter/appeunm/reconcilelists.h"
 #include "utility/casemap.h"
 #include "utility/guid.h"

@@ -7,7 +7,7 @@
 
 #include "appcenter/appeunm/appmatch.h"
 #include "appcenter/appeunm/firstindex.h"
-#include "appcenter/appeunm/flatmap.h"
+#include "utility/flatmap.h"
 #include "appcenter/appeunm/linksubapp.h"
 #include "appcenter/appeunm/lookahead.h"
 #include "utility/casemap.h"

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "appcenter/appeunm/flatmap.h"
+#include "utility/flatmap.h"
 
 namespace roundup {
 

@@ -12,7 +12,7 @@
 #include "appcenter/appadaptermgr/compatibility.h"
 #include "appcenter/appeunm/appmanager.h"
 #include "appcenter/appeunm/attachclaims.h"
-#include "appcenter/appeunm/flatmap.h"
+#include "utility/flatmap.h"
 #include "appcenter/appeunm/linksubapp.h"
 #include "appcenter/appeunm/lookahead.h"
 #include "appcenter/appeunm/patternindex.h"
