@@ -28,7 +28,6 @@ class CIncludeConfigFileAnalyzer : public CConfigFileAnalyzer {
 
   private:
     ResultCode SaveEntry(std::u16string_view line);
-    ResultCode WriteDriver(std::u16string_view line);
 
     std::unique_ptr<CDataFile> m_dataFile;
 };

@@ -1,0 +1,53 @@
+#include "msianalyzer/exclusiveconfigfileanalyzer.h"
+
+namespace roundup {
+
+ResultCode CExclusiveConfigFileAnalyzer::Load(const char16_t* path) {
+    m_excludedRegs.clear();
+    m_excludedDirs.clear();
+    if (const ResultCode rc = ParseFile(path); Failed(rc)) return Pass(rc);
+    if (const ResultCode rc = LoadReg(); Failed(rc)) return Pass(rc);
+    return LoadDir();
+}
+
+bool CExclusiveConfigFileAnalyzer::IsRegExcluded(KeyHandle root, std::u16string_view key) const {
+    return !m_excludedRegs.empty() && m_excludedRegs.contains(CExclusiveRegInfo(root, key));
+}
+
+bool CExclusiveConfigFileAnalyzer::IsDirExcluded(std::u16string_view path) const {
+    return m_excludedDirs.contains(path);
+}
+
+ResultCode CExclusiveConfigFileAnalyzer::LoadReg() {
+    for (const auto& [keyword, line] : Entries()) {
+        if (keyword != u"reg") continue;
+        std::u16string_view root;
+        std::u16string_view key;
+        std::u16string_view name;
+        std::u16string_view value;
+        KeyHandle handle = 0;
+        ResultCode rc = ParseReg(line, root, key, name, value);
+        if (Succeeded(rc)) rc = RegistryRoot(root, handle);
+        if (Failed(rc)) {
+            Skip(rc);
+            continue;
+        }
+        m_excludedRegs.emplace(handle, key);
+    }
+    return kSuccess;
+}
+
+ResultCode CExclusiveConfigFileAnalyzer::LoadDir() {
+    for (const auto& [keyword, line] : Entries()) {
+        if (keyword != u"dir") continue;
+        std::u16string path;
+        if (const ResultCode rc = FormatDir(line, path); Failed(rc)) {
+            Skip(rc);
+            continue;
+        }
+        if (!path.empty()) m_excludedDirs.insert(std::move(path));
+    }
+    return kSuccess;
+}
+
+}  // namespace roundup

@@ -1,0 +1,138 @@
+#include "msianalyzer/includeconfigfileanalyzer.h"
+
+#include "msianalyzer/dataexport.h"
+#include "msianalyzer/itemcallback.h"
+#include "msianalyzer/msianalyzer.h"
+#include "msianalyzer/saveregistry2datafile.h"
+#include "utility/fileinfo.h"
+#include "utility/reg.h"
+
+namespace roundup {
+
+namespace {
+
+constexpr std::u16string_view kUninstallKey = u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall";
+constexpr std::uint64_t kThreshold = 9;  // bytes
+
+}  // namespace
+
+ResultCode CIncludeConfigFileAnalyzer::Load(const char16_t* path) {
+    if (Analyzer() == nullptr) return Fail(SmallCode::BadArgument);
+    if (const ResultCode rc = ParseFile(path); Failed(rc)) return Pass(rc);
+    m_dataFile.reset(CreateDataFile());
+    if (m_dataFile == nullptr) return Fail(SmallCode::BufferAllocation);
+    if (const ResultCode rc = AnalyzeReg(); Failed(rc)) return Pass(rc);
+    if (const ResultCode rc = AnalyzeFile(); Failed(rc)) return Pass(rc);
+    if (const ResultCode rc = AnalyzeDir(); Failed(rc)) return Pass(rc);
+    if (const ResultCode rc = AnalyzeUninstall(); Failed(rc)) return Pass(rc);
+    return AnalyzeDriver();
+}
+
+ResultCode CIncludeConfigFileAnalyzer::AnalyzeReg() {
+    if (!HasEntries(u"reg")) return kSuccess;
+    DataExport data(*Analyzer(), *m_dataFile);
+    if (const ResultCode rc = data.Begin(); Failed(rc)) return Pass(rc);
+    for (const auto& [keyword, line] : Entries()) {
+        if (keyword != u"reg") continue;
+        if (const ResultCode rc = SaveEntry(line); Failed(rc)) Skip(rc);
+    }
+    return data.HandOver(DataTerminator::Registry, kThreshold, ItemType::kRegistry);
+}
+
+ResultCode CIncludeConfigFileAnalyzer::SaveEntry(std::u16string_view line) {
+    std::u16string_view root;
+    std::u16string_view key;
+    std::u16string_view name;
+    std::u16string_view value;
+    KeyHandle handle = 0;
+    if (const ResultCode rc = ParseReg(line, root, key, name, value); Failed(rc)) return Pass(rc);
+    if (const ResultCode rc = RegistryRoot(root, handle); Failed(rc)) return Pass(rc);
+    if (!name.empty() && !value.empty()) return kSuccess;
+    CSaveRegistry2DataFile save(*m_dataFile, Analyzer());
+    constexpr std::u16string_view kWhy = u"what cannot be read is left out";
+    for (const bool view64 : {true, false}) {
+        if (view64 && !Is64Bit()) continue;
+        Ignore(name.empty() ? save.SaveKey(handle, key, view64) : save.SaveValue(handle, key, name, view64), kWhy);
+    }
+    return kSuccess;
+}
+
+ResultCode CIncludeConfigFileAnalyzer::AnalyzeFile() {
+    for (const auto& [keyword, line] : Entries()) {
+        if (keyword != u"file") continue;
+        std::u16string path;
+        if (const ResultCode rc = FormatFile(line, path); Failed(rc)) {
+            Skip(rc);
+            continue;
+        }
+        const std::uint64_t size = GetFileSize64(path.c_str());
+        if (size > 0) Analyzer()->Report(path, size, ItemType::kFile);
+    }
+    return kSuccess;
+}
+
+ResultCode CIncludeConfigFileAnalyzer::AnalyzeDir() {
+    for (const auto& [keyword, line] : Entries()) {
+        if (keyword != u"dir") continue;
+        std::u16string path;
+        if (const ResultCode rc = FormatDir(line, path); Failed(rc)) {
+            Skip(rc);
+            continue;
+        }
+        Analyzer()->Report(path, 0, ItemType::kFolder);
+        if (const ResultCode rc = Analyzer()->ReportFiles(path, true, u"*.*"); Failed(rc)) Skip(rc);
+    }
+    return kSuccess;
+}
+
+ResultCode CIncludeConfigFileAnalyzer::AnalyzeUninstall() {
+    if (!HasEntries(u"uins")) return kSuccess;
+    DataExport data(*Analyzer(), *m_dataFile);
+    if (const ResultCode rc = data.Begin(); Failed(rc)) return Pass(rc);
+    for (const auto& [keyword, line] : Entries()) {
+        if (keyword != u"uins") continue;
+        std::u16string_view root;
+        std::u16string_view subkey;
+        std::u16string_view name;
+        std::u16string_view value;
+        if (const ResultCode rc = ParseReg(line, root, subkey, name, value); Failed(rc)) {
+            Skip(rc);
+            continue;
+        }
+        constexpr std::u16string_view kWhy = u"what cannot be read is left out";
+        if (Is64Bit()) Ignore(SaveSubkey(kHkeyLocalMachine, kUninstallKey, subkey, true), kWhy);
+        Ignore(SaveSubkey(kHkeyLocalMachine, kUninstallKey, subkey, false), kWhy);
+    }
+    return data.HandOver(DataTerminator::Registry, kThreshold, ItemType::kUninstallRegistry);
+}
+
+ResultCode CIncludeConfigFileAnalyzer::SaveSubkey(KeyHandle root, std::u16string_view key, std::u16string_view subkey,
+                                                  bool view64) {
+    CWFYRegKey parent;
+    if (const ResultCode rc = parent.Open(root, std::u16string(key).c_str(), view64, false); Failed(rc)) {
+        return Win32Of(rc) == kErrorFileNotFound ? kSuccess : Pass(rc);
+    }
+    return CSaveRegistry2DataFile(*m_dataFile, Analyzer()).SaveKey(parent.GetKeyHandle(), subkey, view64);
+}
+
+ResultCode CIncludeConfigFileAnalyzer::AnalyzeDriver() {
+    if (!HasEntries(u"driver")) return kSuccess;
+    DataExport data(*Analyzer(), *m_dataFile);
+    if (const ResultCode rc = data.Begin(); Failed(rc)) return Pass(rc);
+    for (const auto& [keyword, line] : Entries()) {
+        if (keyword != u"driver") continue;
+        std::u16string_view first;
+        std::u16string second;
+        std::u16string_view third;
+        if (const ResultCode rc = ParseDriver(line, first, second, third); Failed(rc)) {
+            Skip(rc);
+            continue;
+        }
+        for (const std::u16string_view text : {first, std::u16string_view(second), third}) {
+            if (const ResultCode rc = m_dataFile->WriteString(text); Failed(rc)) return Pass(rc);
+        }
+    }
+    return data.HandOver(DataTerminator::Plain, kThreshold, ItemType::kDriver);
+}
+
+}  // namespace roundup
