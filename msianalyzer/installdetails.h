@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "msianalyzer/datafile.h"
 #include "msianalyzer/msiaction.h"
@@ -15,10 +16,8 @@
 namespace roundup {
 
 class CMSIAnalyzer;
-class CMsiAssemblyTableRow;
 class CSaveRegistry2DataFile;
 class CWFYRegKey;
-class DataExport;
 
 // A side-by-side assembly. Ordered by prefix, then by version.
 class CWin32Assembly {
@@ -56,10 +55,22 @@ class CInstallDetails {
     using UserExport = ResultCode (CInstallDetails::*)(CSaveRegistry2DataFile& save, CWFYRegKey& key, bool view64);
 
     bool Is64Bit() const noexcept { return m_bits == 64; }
+    // Bytes: a file with the end alone is not handed over.
+    static constexpr std::uint64_t kThreshold = 9;
+
     ResultCode Run(MsiAction action);
-    ResultCode ReadUserIds();
     // In the 32-bit view, then, on a machine that has it, in the 64-bit view.
     ResultCode InBothViews(Step step);
+    // For each account: the key below its books, in that view, is given to save.
+    ResultCode ForEachUser(std::u16string_view part, bool view64, std::uint32_t type, UserExport save);
+    // The names of the subkeys; a key that does not exist has none.
+    static ResultCode AddSubkeys(KeyHandle parent, std::u16string_view path, bool view64, TextSet& names);
+    // A code in braces as the installer's keys have it; small code 0xA for what is none.
+    static ResultCode PackCode(std::u16string_view code, std::u16string& packed);
+    // Empty when the platform does not tell.
+    static std::u16string WindowsFolder();
+    // Reports the folder, and the files in it and below.
+    ResultCode ReportTree(std::u16string_view folder, std::u16string_view mask) const;
 
     // installdetailsproduct.cpp: RegisterProduct.
     ResultCode RegisterProduct();
@@ -68,14 +79,13 @@ class CInstallDetails {
     ResultCode ExportUserPatches(bool view64);
     ResultCode SaveUserProduct(CSaveRegistry2DataFile& save, CWFYRegKey& key, bool view64);
     ResultCode SaveUserPatches(CSaveRegistry2DataFile& save, CWFYRegKey& key, bool view64);
-    ResultCode SaveUninstallKeys(CSaveRegistry2DataFile& save, CWFYRegKey& key, bool view64);
     ResultCode ReportCacheFolder() const;
     ResultCode ReportDownload() const;
 
     // installdetailsinstaller.cpp: the keys of the product below "Installer".
     ResultCode ExportInstallerKeys(KeyHandle root, std::u16string_view key, bool view64);
     ResultCode ExportCode(KeyHandle root, std::u16string_view key, std::u16string_view code, bool view64);
-    ResultCode ExportProductIcon(KeyHandle root, std::u16string_view key, std::u16string_view code) const;
+    ResultCode ReportProductIcon(KeyHandle root, std::u16string_view key, std::u16string_view code) const;
     ResultCode ExportPatchKeys(KeyHandle root, std::u16string_view key, bool view64);
     ResultCode ExportComponentKeys(KeyHandle root, std::u16string_view key, bool published, bool view64);
 
@@ -84,16 +94,12 @@ class CInstallDetails {
     ResultCode SaveUserComponents(CSaveRegistry2DataFile& save, CWFYRegKey& key, bool view64);
     ResultCode PublishComponents();
     ResultCode ExportProgIds();
-    // For each account: the key below its books, in that view, is given to save.
-    ResultCode ForEachUser(std::u16string_view part, bool view64, std::uint32_t type, UserExport save);
 
     // installdetailsassemblies.cpp: MsiPublishAssemblies.
     ResultCode PublishAssemblies();
-    ResultCode ReadWinners();
-    ResultCode ReadAssemblies();
-    void AddAssembly(const CMsiAssemblyTableRow& row);
+    void ReadAssemblies();
+    void AddAssembly(std::u16string_view component);
     ResultCode ExportWinners();
-    ResultCode SaveWinner(CSaveRegistry2DataFile& save, const CWin32Assembly& assembly) const;
     ResultCode ReportManifests() const;
 
     const CMSIAnalyzer* m_analyzer = nullptr;
