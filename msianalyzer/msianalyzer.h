@@ -79,6 +79,9 @@ class CMSIAnalyzer final : public IMSIAnalyzer {
     ResultCode Close() override;
     void Release() override;
 
+    // The first step of Analyze: the tables alone.
+    ResultCode LoadTables();
+
     std::u16string_view InstallSource() const noexcept { return m_installSource; }
     const std::u16string& ProductCode() const noexcept { return m_productCode; }
     // May be empty.
@@ -132,7 +135,6 @@ class CMSIAnalyzer final : public IMSIAnalyzer {
                          IRemoveRepeatReg* filter);
     bool MakeTables();
     ResultCode RunAnalysis();
-    ResultCode LoadTables();
     ResultCode ReadProduct();
     void ReadAssignment();
     ResultCode BuildProperties();
