@@ -108,6 +108,7 @@ run_native() {
     fi
     step release/exports tools/check-exports build/release/bin/libroundup.so
     step release/kit tools/check-kit build/release
+    step release/report tools/check-report build/release/bin/roundup samples/machine
 }
 
 # Real installers run in a Wine prefix; what the program reads of it from outside is what its registry says inside.

@@ -139,6 +139,12 @@ ParsedCommandLine ParseCommandLine(std::vector<std::string> arguments) {
     AddMachineOptions(*uninstall, options);
     uninstall->add_flag("--dry-run", options.dryRun, "tell what would run, as JSON, and run nothing");
 
+    CLI::App* report = app.add_subcommand("report", "Write the list as a page for a browser");
+    report->add_option("--html", options.html, "file of the page, which is replaced")->option_text("FILE")->required();
+    AddMachineOptions(*report, options);
+    AddFilter(*report, options.filter);
+    AddProgress(*report, options);
+
     Format diffFormat = Format::Text;
     CLI::App* diff = app.add_subcommand("diff", "Tell what has changed between two catalogues");
     diff->add_option("OLD", options.diff[0], "machine, or file with the JSON of 'list'")->required();
@@ -157,6 +163,7 @@ ParsedCommandLine ParseCommandLine(std::vector<std::string> arguments) {
         options.format = showFormat;
         options.progress = ProgressStyle::None;
     }
+    if (report->parsed()) options.command = Command::Report;
     if (diff->parsed()) {
         options.command = Command::Diff;
         options.format = diffFormat;

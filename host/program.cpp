@@ -8,9 +8,11 @@
 #include "host/catalogue.h"
 #include "host/complain.h"
 #include "host/findapp.h"
+#include "host/report.h"
 #include "host/terminal.h"
 #include "host/textout.h"
 #include "host/uninstall.h"
+#include "platform/machine.h"
 
 namespace roundup::host {
 
@@ -59,6 +61,20 @@ int Show(const Options& options, const Found& found) {
     return written && std::fflush(stdout) == 0 ? kExitSuccess : Complain(kOutputFailed);
 }
 
+std::string ComputerName() {
+    char16_t name[64] = u"";
+    (void)CurrentMachine().System().GetComputerName(name, 64);
+    return Utf8(name);
+}
+
+int Report(const Options& options, const Catalogue& catalogue) {
+    const std::vector<NumberedApp> shown = SelectApps(catalogue.Apps(), options.filter);
+    const std::string computer = ComputerName();
+    const std::string title = computer.empty() ? "Applications" : "Applications on " + computer;
+    const std::string page = MakeReport(shown, title, TotalLine(shown, catalogue.Apps()));
+    return WriteReport(options.html, page) ? kExitSuccess : Complain("'" + options.html + "' cannot be written");
+}
+
 }  // namespace
 
 int LoadCatalogue(const Options& options, Catalogue& catalogue) {
@@ -82,6 +98,7 @@ int RunCommand(const Options& options) {
         const bool written = WriteList(options, catalogue) && std::fflush(stdout) == 0;
         return written ? kExitSuccess : Complain(kOutputFailed);
     }
+    if (options.command == Command::Report) return Report(options, catalogue);
     const Found found = FindApp(catalogue.Apps(), options);
     if (found.app == nullptr) return Complain(NotFoundMessage(options));
     return options.command == Command::Show ? Show(options, found) : Uninstall(options, catalogue, found);

@@ -4,6 +4,7 @@
 #include "appcenter/app/app.h"
 #include "host/diffsource.h"
 #include "host/listfilter.h"
+#include "host/report.h"
 
 namespace roundup::host {
 namespace {
@@ -48,6 +49,18 @@ TEST(ListFilter, ConditionsHold_TogetherAtEveryDepthAndKeepTheNumbers) {
         EXPECT_EQ(shown, one.shown) << &one - cases;
     }
     EXPECT_EQ(TotalLine(SelectApps(apps, {.kind = Kind::Msi}), apps), "1 of 3 applications, 1.00 MB");
+}
+
+TEST(Report, NamesOfOthers_StayTextAndAnOddIconIsLeftOut) {
+    const RefPtr<CApp> app = MakeApp(u"</table><script>alert(1)</script>", u"\"><img src=x onerror=y>&amp;", 3, u"<b>");
+    app->pIconData = std::make_unique<std::byte[]>(1 << 20);
+    app->dwIconDataSize = 1 << 20;
+    const std::string page = MakeReport({{app.Get(), 0}}, "<i>", "<u>");
+    for (const char* odd : {"<script>alert", "<img", "<b>", "<i>", "<u>"}) {
+        EXPECT_EQ(page.find(odd), std::string::npos) << odd;
+    }
+    EXPECT_NE(page.find("&lt;/table&gt;&lt;script&gt;alert(1)"), std::string::npos);
+    EXPECT_NE(page.find("&quot;&gt;&lt;img src=x onerror=y&gt;&amp;amp;"), std::string::npos);
 }
 
 TEST(ListFilter, SizesAndDays_AreReadStrictly) {
