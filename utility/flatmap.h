@@ -28,11 +28,15 @@ class FlatMap {
     }
     // The value of a key, null when it is not there. Good until the next key is added.
     template <class Asked>
-    Value* Find(const Asked& key) {
+    const Value* Find(const Asked& key) const {
         if (m_entries.empty()) return nullptr;
         const std::uint32_t hash = HashOf(key);
         const std::uint32_t place = m_slots[SlotOf(hash, key)].place;
         return place != 0 ? &m_entries[place - 1].value : nullptr;
+    }
+    template <class Asked>
+    Value* Find(const Asked& key) {
+        return const_cast<Value*>(std::as_const(*this).Find(key));
     }
     // The value of a key, made from what is given when it is not there, and whether it was made.
     std::pair<Value&, bool> TryAdd(const Key& key, Value value) {

@@ -13,13 +13,24 @@ namespace roundup {
 
 // The numbers of SHGetFolderPathW (shlobj_core.h) that the system names.
 enum class Csidl : std::uint32_t {
+    Personal = 5,
+    MyMusic = 13,
+    MyVideo = 14,
+    AppData = 26,
+    LocalAppData = 28,
+    CommonAppData = 35,
     Windows = 36,
     System = 37,
     ProgramFiles = 38,
+    MyPictures = 39,
     SystemX86 = 41,
     ProgramFilesX86 = 42,
     ProgramFilesCommon = 43,
     ProgramFilesCommonX86 = 44,
+    CommonDocuments = 46,
+    CommonMusic = 53,
+    CommonPictures = 54,
+    CommonVideo = 55,
 };
 
 // Two maps, folder number to path and path to folder number, filled when the map is made and read-only from then on.

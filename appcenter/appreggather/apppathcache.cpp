@@ -1,0 +1,37 @@
+#include "appcenter/appreggather/apppathcache.h"
+
+#include <utility>
+
+#include "appcenter/app/app.h"
+#include "appcenter/appreggather/reggatherresults.h"
+#include "appcenter/appreggather/scankeys.h"
+#include "utility/boundary.h"
+#include "utility/pathtext.h"
+
+namespace roundup {
+
+CAppPathCache::CAppPathCache() {
+    ForEachHive([this](KeyHandle root, bool view64) { AtBoundary([&] { Scan(root, view64); }, [] {}); });
+}
+
+void CAppPathCache::Scan(KeyHandle root, bool view64) {
+    CWFYRegKey key;
+    constexpr const char16_t* kAppPaths = u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\App Paths";
+    if (Failed(key.Open(root, kAppPaths, view64, false))) return;
+    SubKeyReader reader(key, view64);
+    ForEachSubKey(key, [&](OwnedString& name) {
+        OwnedString file;
+        (void)reader.Read(name, {}, file);
+        if (!file.IsEmpty()) ExpandPath(file);
+        if (file.IsEmpty()) return true;
+        const auto [number, isNew] = m_files.Add(std::move(file));
+        if (isNew) m_files[number] = std::move(name);
+        return true;
+    });
+}
+
+void CAppPathCache::FindAppPaths(const CApp& app, RegGatherResults& results) const {
+    ForEachInBoth(app.FilePaths, m_files, [&](std::uint32_t file) { results.AppPathNames.Add(m_files[file]); });
+}
+
+}  // namespace roundup

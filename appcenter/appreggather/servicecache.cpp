@@ -1,0 +1,44 @@
+#include "appcenter/appreggather/servicecache.h"
+
+#include <utility>
+
+#include "appcenter/app/app.h"
+#include "appcenter/appreggather/reggatherresults.h"
+#include "appcenter/appreggather/scankeys.h"
+#include "utility/boundary.h"
+#include "utility/pathtext.h"
+#include "utility/specialfolders.h"
+
+namespace roundup {
+
+CServiceCache::CServiceCache() {
+    AtBoundary([this] { Scan(); }, [] {});
+}
+
+void CServiceCache::Scan() {
+    CWFYRegKey key;
+    if (Failed(key.Open(kHkeyLocalMachine, u"SYSTEM\\CurrentControlSet\\services", false, false))) return;
+    SubKeyReader reader(key, false);
+    ForEachSubKey(key, [&](OwnedString& name) {
+        OwnedString file;
+        (void)reader.Read(name, {}, file, u"ImagePath");
+        if (!file.IsEmpty()) ExpandPath(file);
+        if (file.IsEmpty() || IsUnderSystem(file, true) || IsUnderSystemX86(file, true)) return true;
+        const bool isDriver = EndsWithNoCase(file, u".sys");
+        const auto service = static_cast<std::uint32_t>(m_services.size());
+        m_services.push_back({std::move(name), isDriver});
+        m_links.Add(m_files[m_files.Add(std::move(file)).first], service);
+        return true;
+    });
+}
+
+void CServiceCache::FindServices(const CApp& app, RegGatherResults& results, bool bWithDrivers) const {
+    ForEachInBoth(app.FilePaths, m_files, [&](std::uint32_t file) {
+        m_links.ForEach(m_files[file], [&](std::uint32_t number) {
+            const Service& service = m_services[number];
+            if (bWithDrivers || !service.isDriver) results.ServiceNames.Add(service.name);
+        });
+    });
+}
+
+}  // namespace roundup
