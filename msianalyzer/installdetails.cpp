@@ -30,7 +30,8 @@ ResultCode CInstallDetails::Execute(const CMSIAnalyzer* analyzer, MsiAction acti
     m_userIds.clear();
     if (const ResultCode rc = AddSubkeys(kHkeyLocalMachine, kUserData, false, m_userIds); Failed(rc)) return Pass(rc);
     if (Is64Bit()) {
-        if (const ResultCode rc = AddSubkeys(kHkeyLocalMachine, kUserData, true, m_userIds); Failed(rc)) return Pass(rc);
+        if (const ResultCode rc = AddSubkeys(kHkeyLocalMachine, kUserData, true, m_userIds); Failed(rc))
+            return Pass(rc);
     }
     return Run(action);
 }

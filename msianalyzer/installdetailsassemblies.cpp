@@ -56,7 +56,8 @@ std::u16string_view MajorMinor(std::u16string_view version) noexcept {
 }  // namespace
 
 ResultCode CInstallDetails::PublishAssemblies() {
-    if (const ResultCode rc = AddSubkeys(kHkeyLocalMachine, kWinners, Is64Bit(), m_winners); Failed(rc)) return Pass(rc);
+    if (const ResultCode rc = AddSubkeys(kHkeyLocalMachine, kWinners, Is64Bit(), m_winners); Failed(rc))
+        return Pass(rc);
     ReadAssemblies();
     if (const ResultCode rc = ExportWinners(); Failed(rc)) return Pass(rc);
     return ReportManifests();
@@ -119,7 +120,8 @@ ResultCode CInstallDetails::ReportManifests() const {
     if (folder.empty()) return kSuccess;
     folder += u"\\winsxs\\Manifests";
     for (const CWin32Assembly& assembly : m_assemblies) {
-        const std::u16string mask = std::u16string(assembly.prefix).append(u"_").append(assembly.version).append(u"*.*");
+        const std::u16string mask =
+            std::u16string(assembly.prefix).append(u"_").append(assembly.version).append(u"*.*");
         if (const ResultCode rc = ReportTree(folder, mask); Failed(rc)) return Pass(rc);
     }
     return kSuccess;

@@ -58,7 +58,8 @@ ResultCode CInstallDetails::ExportInstallerKeys(KeyHandle root, std::u16string_v
         const std::u16string products = Below(key, u"Products");
         if (const ResultCode rc = ExportCode(root, products, product, view64); Failed(rc)) return Pass(rc);
         Ignore(ReportProductIcon(root, products, product), u"a product without an icon is whole");
-        if (const ResultCode rc = ExportCode(root, Below(key, u"Features"), product, view64); Failed(rc)) return Pass(rc);
+        if (const ResultCode rc = ExportCode(root, Below(key, u"Features"), product, view64); Failed(rc))
+            return Pass(rc);
     }
     if (!upgrade.empty()) {
         const ResultCode rc = ExportCode(root, Below(key, u"UpgradeCodes"), upgrade, view64);
@@ -68,8 +69,7 @@ ResultCode CInstallDetails::ExportInstallerKeys(KeyHandle root, std::u16string_v
     return ExportComponentKeys(root, key, false, false);
 }
 
-ResultCode CInstallDetails::ExportCode(KeyHandle root, std::u16string_view key, std::u16string_view code,
-                                       bool view64) {
+ResultCode CInstallDetails::ExportCode(KeyHandle root, std::u16string_view key, std::u16string_view code, bool view64) {
     DataExport data(*m_analyzer, m_dataFile);
     if (const ResultCode rc = data.Begin(); Failed(rc)) return Pass(rc);
     std::u16string packed;
