@@ -8,10 +8,10 @@
 
 #include "appcenter/appeunm/appmanager.h"
 #include "appcenter/appeunm/firstindex.h"
-#include "utility/flatmap.h"
 #include "appcenter/appeunm/hidepasses.h"
 #include "appcenter/appeunm/linksubapp.h"
 #include "appcenter/appeunm/locationpasses.h"
+#include "utility/flatmap.h"
 #include "utility/reg.h"
 #include "utility/sysinfo.h"
 

@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
-#include "utility/flatmap.h"
 #include "appcenter/appeunm/reconcilelists.h"
 #include "utility/casemap.h"
+#include "utility/flatmap.h"
 #include "utility/guid.h"
 
 namespace roundup {

@@ -7,10 +7,10 @@
 
 #include "appcenter/appeunm/appmatch.h"
 #include "appcenter/appeunm/firstindex.h"
-#include "utility/flatmap.h"
 #include "appcenter/appeunm/linksubapp.h"
 #include "appcenter/appeunm/lookahead.h"
 #include "utility/casemap.h"
+#include "utility/flatmap.h"
 #include "utility/log.h"
 
 namespace roundup {

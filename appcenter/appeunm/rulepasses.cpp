@@ -12,11 +12,11 @@
 #include "appcenter/appadaptermgr/compatibility.h"
 #include "appcenter/appeunm/appmanager.h"
 #include "appcenter/appeunm/attachclaims.h"
-#include "utility/flatmap.h"
 #include "appcenter/appeunm/linksubapp.h"
 #include "appcenter/appeunm/lookahead.h"
 #include "appcenter/appeunm/patternindex.h"
 #include "utility/casemap.h"
+#include "utility/flatmap.h"
 
 namespace roundup {
 namespace {
