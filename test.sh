@@ -108,6 +108,7 @@ run_native() {
     fi
     step release/exports tools/check-exports build/release/bin/libroundup.so
     step release/kit tools/check-kit build/release
+    step release/packages tools/check-packages build/release
     step release/report tools/check-report build/release/bin/roundup samples/machine
 }
 
@@ -203,6 +204,7 @@ run_windows() {
         step "$preset/kit" tools/check-kit "build/$preset"
         step "$preset/uninstall" tools/check-uninstall "build/$preset/bin"
     done
+    ((${#built[@]} < 2)) || step windows/packages tools/check-packages build/release "${built[@]}"
 }
 
 finish() {

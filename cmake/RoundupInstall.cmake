@@ -2,7 +2,7 @@
 #
 #   kit      the module, the headers of a host, the import library with its definition file, the package for CMake, the
 #            documents of the interface and the sample host
-#   program  the program
+#   program  the program, with its manual page, completion for shells and sample rules
 #
 # A kit holds the module of one system and word size: each build goes to a folder of its own.
 
@@ -45,4 +45,32 @@ install(DIRECTORY samples/host DESTINATION ${CMAKE_INSTALL_DATADIR}/roundup/samp
 
 if(TARGET roundup_host)
     install(TARGETS roundup_host RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)
+    install(DIRECTORY samples/machine/host/Config DESTINATION ${CMAKE_INSTALL_DATADIR}/roundup/samples
+            COMPONENT program OPTIONAL)
+    install(FILES docs/rules.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT program)
+    if(NOT WIN32)
+        install(FILES docs/roundup.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
+        install(FILES completions/roundup.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+                RENAME roundup COMPONENT program)
+        install(FILES completions/_roundup DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions
+                COMPONENT program)
+    endif()
+endif()
+
+# `cpack` makes a Debian package of both components; tools/make-packages makes the archive for Windows beside it.
+if(NOT WIN32)
+    set(CPACK_GENERATOR DEB)
+    set(CPACK_PACKAGE_NAME roundup)
+    set(CPACK_PACKAGE_VENDOR Roundup)
+    set(CPACK_PACKAGE_CONTACT "Roundup <roundup@localhost>")
+    set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+    set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+    set(CPACK_STRIP_FILES ON)
+    set(CPACK_COMPONENTS_ALL kit program)
+    set(CPACK_COMPONENTS_GROUPING ALL_COMPONENTS_IN_ONE)
+    set(CPACK_DEB_COMPONENT_INSTALL ON)
+    set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+    set(CPACK_DEBIAN_PACKAGE_SECTION utils)
+    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+    include(CPack)
 endif()

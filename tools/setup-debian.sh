@@ -16,7 +16,7 @@ case $level in
 run) ;;
 test)
     # clang 16 is the first one that knows std::source_location; clang-format 14 is what the tree is formatted with.
-    packages+=(git python3 ccache binutils xz-utils expect
+    packages+=(git python3 ccache binutils dpkg-dev xz-utils expect
         libgtest-dev libgmock-dev googletest libbenchmark-dev
         clang-16 clang-tidy-16 libclang-rt-16-dev clang-format-14
         libhivex-bin msitools wixl nsis faketime
