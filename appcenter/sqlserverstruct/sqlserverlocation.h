@@ -5,8 +5,8 @@ namespace roundup {
 
 class IApp;
 
-// Runs on every application of the catalogue once it is reconciled, on the thread of the load. Leaves all others as
-// they are; in this build it knows no instance yet and leaves all as they are.
+// Runs on every application of the catalogue once it is reconciled, on the thread of the load: see
+// CSqlServerGather::CorrectSqlServerLocation. A store package stays as it is.
 void CorrectSqlServerLocation(IApp& app);
 
 }  // namespace roundup
