@@ -58,7 +58,7 @@ void CComCache::ScanClass(SubKeyReader& reader, OwnedString& id) {
     }
     (void)reader.Read(id, u"ProgID", info.progId);
 
-    info.classId = m_classIds.AddOrNone(std::move(id));
+    info.classId = m_classIds.AddSpelled(std::move(id));
     info.typeLibrary = m_libraryIds.AddOrNone(std::move(library));
     info.serverPath = PathNumber(server);
     const auto number = static_cast<std::uint32_t>(m_classes.size());
@@ -95,7 +95,7 @@ void CComCache::ScanTypeLibrary(SubKeyReader& reader, bool view64, OwnedString& 
         if (path.IsEmpty()) (void)platforms.Read(locale, u"win64", path);
     }
     CTypelibInfo info;
-    info.id = m_libraryIds.AddOrNone(std::move(id));
+    info.id = m_libraryIds.AddSpelled(std::move(id));
     info.path = PathNumber(path);
     const auto number = static_cast<std::uint32_t>(m_libraries.size());
     m_libraries.push_back(info);

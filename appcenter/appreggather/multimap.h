@@ -1,6 +1,7 @@
 // Indexes from texts, which compare ignoring case.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -28,6 +29,13 @@ class TextIndex {
         if (made) m_texts.push_back(std::move(text));
         return {found, made};
     }
+    // As Add, and the text is spelled like this from then on: texts that differ in case alone are of one length.
+    std::uint32_t AddSpelled(OwnedString text) {
+        const std::uint32_t number = Find(text);
+        if (number == kNone) return Add(std::move(text)).first;
+        std::ranges::copy(text.View(), m_texts[number].Data());
+        return number;
+    }
     std::uint32_t Find(std::u16string_view text) const {
         const std::uint32_t* const found = m_numbers.Find(text);
         return found != nullptr ? *found : kNone;
@@ -45,8 +53,12 @@ template <class Value>
 class TextTable : public TextIndex {
   public:
     std::pair<std::uint32_t, bool> Add(OwnedString text) {
-        if (m_values.size() <= Count()) m_values.resize(Count() + 1);
+        MakeRoom();
         return TextIndex::Add(std::move(text));
+    }
+    std::uint32_t AddSpelled(OwnedString text) {
+        MakeRoom();
+        return TextIndex::AddSpelled(std::move(text));
     }
     // As Add; kNone for a text without characters.
     std::uint32_t AddOrNone(OwnedString text) { return text.IsEmpty() ? kNone : Add(std::move(text)).first; }
@@ -54,6 +66,10 @@ class TextTable : public TextIndex {
     const Value& operator[](std::uint32_t number) const noexcept { return m_values[number]; }
 
   private:
+    void MakeRoom() {
+        if (m_values.size() <= Count()) m_values.resize(Count() + 1);
+    }
+
     std::vector<Value> m_values;
 };
 

@@ -50,7 +50,9 @@ class Splitter {
     }
     // As Queue, within the budgets.
     void QueuePart(std::u16string_view text) {
-        if (Spend(text)) Queue(text);
+        if (!Spend(text)) return;
+        m_text += text.size();
+        Queue(text);
     }
     const std::vector<std::u16string_view>& Seen() const noexcept { return m_seen; }
 
