@@ -28,7 +28,7 @@ struct ShortcutRecord {
 };
 
 // The shortcuts of the start menus, the desktops and the taskbar, read once for the machine: one made afterwards stays
-// unseen. Once built, every thread may ask.
+// unseen. What cannot be read adds nothing. Once built, every thread may ask.
 class ShortcutScanner {
   public:
     // Reads all shortcuts.
@@ -43,6 +43,23 @@ class ShortcutScanner {
     // Appends the records of a target, ignoring case, in the order in which they were found; they stay the scanner's.
     // True when the list is not empty afterwards.
     bool FindByTarget(std::u16string_view target, std::vector<const ShortcutRecord*>& records) const;
+
+    // Every target once.
+    const CStringSet& Targets() const noexcept { return m_targets; }
+
+    // Fills a record from one shortcut file, given by its long path. False when it opens no file that exists.
+    static bool ReadShortcut(ShortcutRecord& record, const char16_t* path);
+
+  private:
+    void ScanAll();
+    void ScanFolder(std::u16string_view folder, bool recursive);
+    void AddShortcut(const char16_t* path);
+    void CollectTargets();
+
+    // Keys are texts of the records themselves.
+    std::multimap<std::u16string_view, const ShortcutRecord*, CStringLess> m_byTarget;
+    std::map<std::u16string_view, std::unique_ptr<ShortcutRecord>, CStringLess> m_byLink;
+    CStringSet m_targets;
 };
 
 }  // namespace roundup

@@ -26,7 +26,7 @@ RecordedMachine::RecordedMachine(MachineParts parts)
       m_tree(std::move(parts.files)),
       m_files(m_tree, m_budget, m_settings.volumes),
       m_profile(m_files, m_folders.Path(kWindowsFolder)),
-      m_shell(m_settings, m_folders, m_hostExecutable, m_files, m_registry),
+      m_shell(m_settings, m_folders, m_hostExecutable, m_environment, m_files, m_registry),
       m_installer(m_registry, m_files),
       m_security(m_settings, m_files, [this](KeyHandle key) { return m_registry.StoredPath(key); }),
       m_system(m_settings, m_environment, {m_folders.Path(kWindowsFolder), m_folders.TempFolder(), m_hostExecutable},

@@ -1,18 +1,20 @@
 // The shell of a machine that is not live.
 #pragma once
 
+#include "platform/recorded/environment.h"
 #include "platform/recorded/icons/recordedicons.h"
+#include "platform/recorded/links/linkfile.h"
 #include "platform/recorded/machinesettings.h"
 #include "platform/recorded/shellfolders.h"
 #include "platform/shell.h"
 
 namespace roundup {
 
-// Special folders, command lines and indirect texts are answered here, icons by RecordedIcons.
+// Special folders, command lines, indirect texts and links are answered here, icons by RecordedIcons.
 class RecordedShell final : public IShell {
   public:
     RecordedShell(const MachineSettings& settings, const ShellFolders& folders, std::u16string hostExecutable,
-                  IFileSystem& files, IRegistry& registry);
+                  const Environment& environment, IFileSystem& files, IRegistry& registry);
 
     bool GetFolderPath(std::uint32_t number, char16_t (&path)[260]) override;
     bool GetSpecialFolderPath(std::uint32_t number, char16_t (&path)[260]) override;
@@ -39,9 +41,13 @@ class RecordedShell final : public IShell {
     void DeleteBitmap(BitmapHandle bitmap) override { m_icons.DeleteBitmap(bitmap); }
 
   private:
+    std::u16string LinkTarget(const LinkFile& link) const;
+
     const MachineSettings& m_settings;
     const ShellFolders& m_folders;
     const std::u16string m_hostExecutable;
+    const Environment& m_environment;
+    IFileSystem& m_files;
     RecordedIcons m_icons;
 };
 

@@ -2,6 +2,9 @@
 
 #include <utility>
 
+#include "platform/recorded/installer/installeranswer.h"
+#include "platform/recorded/links/linkfile.h"
+
 namespace roundup {
 
 namespace {
@@ -79,6 +82,23 @@ Win32Error RecordedInstaller::ReadStream(InstallerHandle record, std::uint32_t c
 void RecordedInstaller::CloseHandle(InstallerHandle handle) {
     const std::uint64_t value = TableValue(handle);
     if (m_records.Take(value) == nullptr && m_views.Take(value) == nullptr) m_databases.Take(value);
+}
+
+// The service finds the parts in the link itself. A feature's name has 38 characters at most.
+Win32Error RecordedInstaller::GetShortcutTarget(const char16_t* path, char16_t (&product)[39], char16_t (&feature)[39],
+                                                char16_t (&component)[39]) {
+    LinkFile link;
+    std::u16string parts[3];
+    if (path == nullptr || !LoadLinkFile(m_files, path, link)) return kErrorFunctionFailed;
+    if (!ParseDescriptor(link.descriptor, parts[0], parts[1], parts[2])) return kErrorFunctionFailed;
+    const auto answer = [](const std::u16string& text, char16_t(&buffer)[39]) {
+        std::uint32_t room = 39;
+        (void)AnswerInstallerText(text, buffer, room);
+    };
+    answer(parts[0], product);
+    answer(parts[1], feature);
+    answer(parts[2], component);
+    return kErrorSuccess;
 }
 
 }  // namespace roundup

@@ -35,10 +35,8 @@ class RecordedInstaller final : public IInstaller {
                               std::uint32_t& length) override {
         return m_books.GetProductInfo(product, property, buffer, length);
     }
-    // No link of a machine that is not live counts as advertised.
-    Win32Error GetShortcutTarget(const char16_t*, char16_t (&)[39], char16_t (&)[39], char16_t (&)[39]) override {
-        return kErrorFunctionFailed;
-    }
+    Win32Error GetShortcutTarget(const char16_t* path, char16_t (&product)[39], char16_t (&feature)[39],
+                                 char16_t (&component)[39]) override;
 
   private:
     IFileSystem& m_files;
