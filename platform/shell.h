@@ -65,6 +65,11 @@ class IShell {
     // untouched, for a number that has no folder here.
     virtual bool GetFolderPath(std::uint32_t number, char16_t (&path)[260]) = 0;
     virtual bool GetSpecialFolderPath(std::uint32_t number, char16_t (&path)[260]) = 0;
+    // SHGetFolderPathW with SHGFP_TYPE_DEFAULT: where the folder is until somebody moves it. A machine that does not
+    // tell the two apart answers the folder as it is.
+    virtual bool GetDefaultFolderPath(std::uint32_t number, char16_t (&path)[260]) {
+        return GetFolderPath(number, path);
+    }
 
     // CommandLineToArgvW. An empty text gives the path of the host's executable, as the platform does. False when
     // the platform fails.

@@ -104,8 +104,9 @@ ResultCode WriteFile(const std::u16string& path, const CBufArray& record) {
 }  // namespace
 
 ResultCode WriteSqlServerCache(const SqlServerInfo& info, std::uint32_t version, std::u16string& path) {
-    const char16_t* const folder = GetSpecialFolder(Csidl::CommonAppData);
-    if (folder == nullptr) return Fail(SmallCode::GeneralFailure);
+    char16_t folder[260] = {};
+    constexpr auto kAllUsers = static_cast<std::uint32_t>(Csidl::CommonAppData);
+    if (!CurrentMachine().Shell().GetDefaultFolderPath(kAllUsers, folder)) return Fail(SmallCode::GeneralFailure);
 
     CacheWriter counter(nullptr);
     WriteRecord(info, counter);
@@ -119,7 +120,7 @@ ResultCode WriteSqlServerCache(const SqlServerInfo& info, std::uint32_t version,
     if (!writer.Fits()) return Fail(SmallCode::GeneralFailure, writer.Size());
 
     const std::u16string name = FormatText(u"WFY_SQLSERVER_%d", version);
-    path = FormatText(u"%s\\%s_cache", folder, name);
+    path = FormatText(u"%s\\%s_cache", static_cast<const char16_t*>(folder), name);
     if (auto rc = WriteFile(path, record); Failed(rc)) return Pass(rc);
     return kSuccess;
 }

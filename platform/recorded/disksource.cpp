@@ -46,4 +46,8 @@ Win32Error DiskSource::ReadLink(std::u16string_view link, LinkTarget& target) {
     return error;
 }
 
+std::vector<std::byte> DiskSource::ReadSecurity(std::u16string_view path) {
+    return m_folder->ReadSecurity(HostPath(path));
+}
+
 }  // namespace roundup

@@ -18,6 +18,7 @@ class DiskSource final : public IFileSource {
     Win32Error GetSize(std::u16string_view file, std::uint64_t& size) override;
     Win32Error Open(std::u16string_view file, std::unique_ptr<IFileStream>& stream) override;
     Win32Error ReadLink(std::u16string_view link, LinkTarget& target) override;
+    std::vector<std::byte> ReadSecurity(std::u16string_view path) override;
     bool HasWineShortNames() const noexcept override { return m_wineShortNames; }
 
   private:

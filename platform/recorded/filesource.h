@@ -1,6 +1,7 @@
 // A read-only tree of files that a machine's drives are shown from: a folder of this computer, or one in memory.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -58,6 +59,9 @@ class IFileSource {
     virtual Win32Error GetSize(std::u16string_view file, std::uint64_t& size) = 0;
     virtual Win32Error Open(std::u16string_view file, std::unique_ptr<IFileStream>& stream) = 0;
     virtual Win32Error ReadLink(std::u16string_view link, LinkTarget& target) = 0;
+    // The self-relative security descriptor of a file or folder, where the file system of the source shows one; empty
+    // otherwise. Throws std::bad_alloc.
+    virtual std::vector<std::byte> ReadSecurity(std::u16string_view /*path*/) { return {}; }
     // True when every long name has a short one that follows from it (wineshortname.h).
     virtual bool HasWineShortNames() const noexcept { return false; }
 };

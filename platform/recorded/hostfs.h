@@ -2,6 +2,7 @@
 // Texts are UTF-8 here; a name that is not comes as it is, and the caller leaves it out.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -50,6 +51,9 @@ class HostFolder {
     virtual Win32Error ReadLink(const std::string& path, std::string& target) = 0;
     // A folder is error 5; so is what is neither file nor folder.
     virtual Win32Error OpenFile(const std::string& path, HostOpen how, std::unique_ptr<IFileStream>& stream) = 0;
+    // The self-relative security descriptor of a file or folder, where the file system hands it out as it stands on
+    // its volume; empty otherwise. Throws std::bad_alloc.
+    virtual std::vector<std::byte> ReadSecurity(const std::string& /*path*/) { return {}; }
     virtual Win32Error DeleteFile(const std::string& path) = 0;
     virtual Win32Error CreateFolder(const std::string& path) = 0;
 

@@ -3,6 +3,7 @@
 #include <sys/file.h>
 #include <sys/random.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <sys/syscall.h>
 #include <sys/sysinfo.h>
 #include <unistd.h>
@@ -124,6 +125,7 @@ class PosixFolder final : public HostFolder {
     Win32Error Query(const std::string& path, SourceKind& kind, std::uint64_t& size) override;
     Win32Error ReadLink(const std::string& path, std::string& target) override;
     Win32Error OpenFile(const std::string& path, HostOpen how, std::unique_ptr<IFileStream>& stream) override;
+    std::vector<std::byte> ReadSecurity(const std::string& path) override;
     Win32Error DeleteFile(const std::string& path) override;
     Win32Error CreateFolder(const std::string& path) override;
     void LockWriters() override;
@@ -264,6 +266,23 @@ Win32Error PosixFolder::OpenFile(const std::string& path, HostOpen how, std::uni
     if (!S_ISREG(info.st_mode)) return kErrorAccessDenied;
     stream = std::make_unique<PosixStream>(std::move(file));
     return kErrorSuccess;
+}
+
+// The drivers of NTFS show the descriptor under this name. A descriptor has at most 64 KiB.
+std::vector<std::byte> PosixFolder::ReadSecurity(const std::string& path) {
+    constexpr const char* kAttribute = "system.ntfs_acl";
+    constexpr std::size_t kLargest = 0x10000;
+    Place place;
+    if (Locate(path, place) != kErrorSuccess) return {};
+    const Descriptor opened(
+        openat(place.folder, place.name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+    if (opened.Get() < 0) return {};
+    const ssize_t size = fgetxattr(opened.Get(), kAttribute, nullptr, 0);
+    if (size <= 0 || static_cast<std::size_t>(size) > kLargest) return {};
+    std::vector<std::byte> bytes(static_cast<std::size_t>(size));
+    const ssize_t read = fgetxattr(opened.Get(), kAttribute, bytes.data(), bytes.size());
+    bytes.resize(read > 0 ? static_cast<std::size_t>(read) : 0);
+    return bytes;
 }
 
 Win32Error PosixFolder::DeleteFile(const std::string& path) {

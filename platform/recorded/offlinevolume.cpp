@@ -133,6 +133,7 @@ SourceStatus LoadOfflineVolume(const std::shared_ptr<HostFolder>& folder, const 
     // The list may name the folder by a variable; where it is, is known.
     if (path.size() > 2 && path[1] == u':') parts.profile = path;
     parts.registryEnvironment = true;
+    parts.registryAccounts = true;
     parts.files = std::make_unique<DiskSource>(folder);
     parts.drives.emplace_back(u'C', u"");
     return std::nullopt;

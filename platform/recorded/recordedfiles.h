@@ -45,6 +45,9 @@ class RecordedFileSystem final : public IFileSystem {
     bool DisableRedirection(void*& state) override;
     void RevertRedirection(void* state) override;
 
+    // The self-relative security descriptor of what stands at the path; empty where the source shows none.
+    std::vector<std::byte> ReadSecurity(const char16_t* path);
+
   private:
     struct OpenFile {
         std::unique_ptr<IFileStream> stream;
@@ -71,6 +74,7 @@ class RecordedFileSystem final : public IFileSystem {
     Win32Error OpenStream(const WinPath& path, std::uint32_t access, std::uint32_t share, std::uint32_t disposition,
                           OpenFile& file);
     Win32Error OpenEntry(FileEntry& entry, bool write, std::uint32_t disposition, std::unique_ptr<IFileStream>& stream);
+    static std::u16string SourcePath(const FileEntry& entry);
     Win32Error OpenSource(const FileEntry& entry, std::unique_ptr<IFileStream>& stream);
     Win32Error CreateIn(FolderNode& folder, std::u16string_view name, std::unique_ptr<IFileStream>& stream);
     Win32Error CopyForWriting(FileEntry& entry, bool keepContent, std::unique_ptr<IFileStream>& stream);

@@ -103,10 +103,24 @@ Win32Error RecordedFileSystem::OpenEntry(FileEntry& entry, bool write, std::uint
     return kErrorSuccess;
 }
 
-Win32Error RecordedFileSystem::OpenSource(const FileEntry& entry, std::unique_ptr<IFileStream>& stream) {
+std::u16string RecordedFileSystem::SourcePath(const FileEntry& entry) {
     std::u16string path = entry.parent->SourcePath();
     if (!path.empty()) path.push_back(u'\\');
-    return m_tree.Source().Open(path.append(entry.name), stream);
+    return path.append(entry.name);
+}
+
+Win32Error RecordedFileSystem::OpenSource(const FileEntry& entry, std::unique_ptr<IFileStream>& stream) {
+    return m_tree.Source().Open(SourcePath(entry), stream);
+}
+
+std::vector<std::byte> RecordedFileSystem::ReadSecurity(const char16_t* path) {
+    WinPath parsed;
+    if (ParsePath(path, parsed) != kErrorSuccess) return {};
+    const FileTree::Found found = m_tree.Find(parsed, FileTree::Last::AsItIs);
+    if (found.error != kErrorSuccess || found.mapped != nullptr) return {};
+    const FileEntry& entry = *found.entry;
+    if (!entry.fromSource || entry.parent == nullptr) return {};
+    return m_tree.Source().ReadSecurity(SourcePath(entry));
 }
 
 Win32Error RecordedFileSystem::CreateIn(FolderNode& folder, std::u16string_view name,

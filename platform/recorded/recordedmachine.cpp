@@ -28,7 +28,8 @@ RecordedMachine::RecordedMachine(MachineParts parts)
       m_profile(m_files, m_folders.Path(kWindowsFolder)),
       m_shell(m_settings, m_folders, m_hostExecutable, m_environment, m_files, m_registry),
       m_installer(m_registry, m_files),
-      m_security(m_settings, m_files, [this](KeyHandle key) { return m_registry.StoredPath(key); }),
+      m_accounts(parts.registryAccounts ? std::make_unique<OfflineAccounts>(m_registry, m_settings.computer) : nullptr),
+      m_security(m_settings, m_files, m_registry, m_accounts.get()),
       m_system(m_settings, m_environment, {m_folders.Path(kWindowsFolder), m_folders.TempFolder(), m_hostExecutable},
                std::move(parts.sinks)),
       m_closedLibraries(m_files) {

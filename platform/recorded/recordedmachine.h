@@ -23,6 +23,7 @@
 #include "platform/recorded/recordedsystem.h"
 #include "platform/recorded/registry/recordedregistry.h"
 #include "platform/recorded/registry/registrystore.h"
+#include "platform/recorded/security/offlineaccounts.h"
 #include "platform/recorded/shellfolders.h"
 
 namespace roundup {
@@ -42,6 +43,8 @@ struct MachineParts {
     std::u16string profile;
     // Environment variables that the registry keeps count.
     bool registryEnvironment = false;
+    // Local groups and the names of accounts are those of the registry, not of the settings.
+    bool registryAccounts = false;
     std::vector<std::u16string> deniedFiles;
     std::optional<std::uint64_t> writeLimit;
     TextSinks sinks;
@@ -88,6 +91,7 @@ class RecordedMachine final : public Machine {
     RecordedShell m_shell;
     RecordedInstaller m_installer;
     RecordedProcesses m_processes;
+    const std::unique_ptr<OfflineAccounts> m_accounts;  // null: the settings say it all
     RecordedSecurity m_security;
     RecordedSystem m_system;
     RecordedClosedLibraries m_closedLibraries;

@@ -59,6 +59,12 @@ std::optional<std::u16string> ReadRegistryText(IRegistry& registry, KeyHandle ro
     return TextOf(data);
 }
 
+bool ReadRegistryBytes(IRegistry& registry, KeyHandle root, const char16_t* key, const char16_t* name,
+                       std::uint32_t& type, std::vector<std::byte>& data) {
+    const OpenedKey opened(registry, root, key);
+    return opened.Get() != 0 && ReadValue(registry, opened.Get(), name, type, data);
+}
+
 std::optional<std::uint32_t> ReadRegistryNumber(IRegistry& registry, KeyHandle root, const char16_t* key,
                                                 const char16_t* name) {
     const OpenedKey opened(registry, root, key);

@@ -1,6 +1,7 @@
 // Single values of a machine's registry, for what the machine itself says about its folders and its version.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <utility>
@@ -15,6 +16,10 @@ std::optional<std::u16string> ReadRegistryText(IRegistry& registry, KeyHandle ro
                                                const char16_t* name, std::uint32_t* type = nullptr);
 std::optional<std::uint32_t> ReadRegistryNumber(IRegistry& registry, KeyHandle root, const char16_t* key,
                                                 const char16_t* name);
+
+// The bytes of a value and its type, which need be none that is known; false when there is none.
+bool ReadRegistryBytes(IRegistry& registry, KeyHandle root, const char16_t* key, const char16_t* name,
+                       std::uint32_t& type, std::vector<std::byte>& data);
 
 struct RegistryTextValue {
     std::u16string name;

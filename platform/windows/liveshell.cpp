@@ -31,13 +31,19 @@ bool CopyPath(const wchar_t (&found)[MAX_PATH], char16_t (&path)[260]) {
     return true;
 }
 
+bool FolderPath(std::uint32_t number, DWORD type, char16_t (&path)[260]) {
+    wchar_t found[MAX_PATH] = {};
+    const HRESULT result = ::SHGetFolderPathW(nullptr, static_cast<int>(number), nullptr, type, found);
+    return SUCCEEDED(result) && CopyPath(found, path);
+}
+
 class LiveShell final : public LiveIcons {
   public:
     bool GetFolderPath(std::uint32_t number, char16_t (&path)[260]) override {
-        wchar_t found[MAX_PATH] = {};
-        const HRESULT result =
-            ::SHGetFolderPathW(nullptr, static_cast<int>(number), nullptr, SHGFP_TYPE_CURRENT, found);
-        return SUCCEEDED(result) && CopyPath(found, path);
+        return FolderPath(number, SHGFP_TYPE_CURRENT, path);
+    }
+    bool GetDefaultFolderPath(std::uint32_t number, char16_t (&path)[260]) override {
+        return FolderPath(number, SHGFP_TYPE_DEFAULT, path);
     }
     bool GetSpecialFolderPath(std::uint32_t number, char16_t (&path)[260]) override {
         wchar_t found[MAX_PATH] = {};

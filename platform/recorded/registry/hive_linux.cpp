@@ -96,6 +96,10 @@ class HiveSource final : public IRegistryNodeSource {
         return FillValues(filler, node, key) && (IsTooDeep(node) || FillChildren(filler, node, key));
     }
 
+    std::span<const std::byte> ReadSecurity(std::uint32_t sourceNode) const override {
+        return m_cells.ReadSecurity(sourceNode);
+    }
+
   private:
     SourceStatus Refused() const {
         return SourceError{m_file, {}, 0, std::string("a hive that cannot be read: ") + std::strerror(errno)};

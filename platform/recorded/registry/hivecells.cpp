@@ -18,10 +18,14 @@ constexpr std::size_t kBlockHeaderSize = 32;
 constexpr std::size_t kBlockLength = 8;  // in the header of a block
 
 constexpr std::size_t kKeyFlags = 6;
+constexpr std::size_t kKeySecurity = 0x30;  // offset of the cell of the descriptor, which keys share
 constexpr std::size_t kKeyNameLength = 0x4C;
 constexpr std::size_t kKeyName = 0x50;
 constexpr std::uint16_t kKeyIsLink = 0x10;
 constexpr std::uint16_t kKeyNameIsOneByteEach = 0x20;
+
+constexpr std::size_t kDescriptorSize = 0x14;
+constexpr std::size_t kDescriptor = 0x18;
 
 constexpr std::size_t kValueNameLength = 6;
 constexpr std::size_t kValueFlags = 0x14;
@@ -56,6 +60,15 @@ std::optional<std::u16string> HiveCells::ReadValueName(std::size_t cell) const {
     if (!Has(cell, kValueName) || !HasMark(cell + 4, "vk")) return std::nullopt;
     return ReadName(cell + kValueName, Word(cell + kValueNameLength),
                     (Word(cell + kValueFlags) & kValueNameIsOneByteEach) != 0, kLongestValueName);
+}
+
+std::span<const std::byte> HiveCells::ReadSecurity(std::size_t cell) const {
+    if (!Has(cell, kKeyName) || !HasMark(cell + 4, "nk")) return {};
+    const std::size_t security = std::size_t{kHeaderSize} + Dword(cell + kKeySecurity);
+    if (!Has(security, kDescriptor) || !HasMark(security + 4, "sk")) return {};
+    const std::size_t size = Dword(security + kDescriptorSize);
+    if (!Has(security + kDescriptor, size)) return {};
+    return m_file.subspan(security + kDescriptor, size);
 }
 
 std::optional<std::u16string> HiveCells::ReadName(std::size_t offset, std::size_t bytes, bool oneByteEach,

@@ -24,6 +24,8 @@ class HiveCells {
     // Nothing when there is no key or value, or one whose name no registry can hold.
     std::optional<Key> ReadKey(std::size_t cell) const;
     std::optional<std::u16string> ReadValueName(std::size_t cell) const;
+    // The security descriptor of a key, as it stands in the file; empty when there is none.
+    std::span<const std::byte> ReadSecurity(std::size_t cell) const;
 
     struct Fault {
         std::size_t offset;

@@ -290,6 +290,13 @@ std::u16string RecordedRegistry::StoredPath(KeyHandle key) {
     return path;
 }
 
+std::span<const std::byte> RecordedRegistry::Security(KeyHandle key) {
+    const std::shared_lock guard(m_store.Lock());
+    OpenKeyState state;
+    if (State(key, state) != kErrorSuccess || state.key.Primary() == nullptr) return {};
+    return m_tree.Security(*state.key.Primary());
+}
+
 RegistryNode* RecordedRegistry::ChildAt(KeyHandle key, const OpenKeyState& state, std::uint32_t index) {
     if (RegistryNode* const single = state.key.Single()) return m_tree.ChildAt(*single, index);
     return WithMerged(key, state, [index](const MergedKey& merged) {

@@ -1,7 +1,9 @@
 // The registry of a machine that is not live, as programs see it: views, handles, access and errors of Win32.
 #pragma once
 
+#include <cstddef>
 #include <memory>
+#include <span>
 #include <string>
 
 #include "platform/recorded/registry/keyhandles.h"
@@ -36,6 +38,9 @@ class RecordedRegistry final : public IRegistry {
     // The path of an open key or a root as the store keeps it, its root in full: "HKEY_LOCAL_MACHINE\\SOFTWARE\\...".
     // Empty for what is no open key. Throws std::bad_alloc.
     std::u16string StoredPath(KeyHandle key);
+    // The self-relative security descriptor of an open key or a root, good as long as the store; empty when the source
+    // of the key has none.
+    std::span<const std::byte> Security(KeyHandle key);
 
   private:
     // All of these need the store's lock.

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <mutex>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -28,6 +29,9 @@ class IRegistryNodeSource {
     // Adds the values and, as pending keys, the subkeys of node, which is node.sourceNode of this source, through
     // the filler alone. False when the source is damaged there; node is emptied then. Calls come one at a time.
     virtual bool Fill(RegistryFiller& filler, RegistryNode& node) = 0;
+    // The self-relative security descriptor of the key of that number, good as long as the source; empty without one.
+    // Every thread may ask.
+    virtual std::span<const std::byte> ReadSecurity(std::uint32_t /*sourceNode*/) const { return {}; }
 };
 
 // Reads (Find..., Child..., Value...) may run side by side; everything else needs the tree for itself. Reading fills
@@ -62,6 +66,12 @@ class RegistryTree {
 
     // The counts and lengths of the key. The lengths are high-water marks, as the kernel's are.
     KeyInfo Info(RegistryNode& node);
+    // The self-relative security descriptor that the key's source has for it; empty without one.
+    std::span<const std::byte> Security(const RegistryNode& node) const {
+        return node.source < m_sources.size() && node.sourceNode != 0
+                   ? m_sources[node.source]->ReadSecurity(node.sourceNode)
+                   : std::span<const std::byte>();
+    }
     // True when the source of the key is damaged at this key.
     bool IsDamaged(RegistryNode& node);
 
