@@ -1,5 +1,5 @@
 // Programs and icon files: whatever the bytes, an icon is absent or has bitmaps of the size that was asked for. The
-// seeds are small images of every form, put into files by tests/recorded/iconfiles.h.
+// seeds are small images of every form, put into files by tests/support/iconfiles.h.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

@@ -3,6 +3,7 @@
 
 #include "msianalyzer/imsiproductinfo.h"
 #include "msianalyzer/suitecode.h"
+#include "tests/support/iconfiles.h"
 #include "tests/support/machinetest.h"
 #include "tests/support/packagewriter.h"
 #include "utility/utf.h"
@@ -100,6 +101,31 @@ TEST_F(ProductInfo, Icons_ComePlainOrOutOfImages) {
         EXPECT_TRUE(!test.same || std::memcmp(data.get(), test.bytes.data(), size) == 0);
         EXPECT_EQ(FilesLeft(), 0);
     }
+}
+
+// The second icon of a program, blue; the first one is red.
+TEST_F(ProductInfo, IconOfAnImage_IsTheOneOfItsIndex) {
+    const auto plain = [](std::uint32_t color) {
+        return MakeBitmap(
+            {}, [color](std::uint32_t, std::uint32_t) { return color; },
+            [](std::uint32_t, std::uint32_t) { return false; });
+    };
+    PackageWriter package = Package("i.exe,1");
+    const std::string program = MakeProgram({{1, u"", {plain(0xFF0000)}}, {2, u"", {plain(0x0000FF)}}}, false);
+    package.Row("Icon", {"i.exe", PackageWriter::Blob{program}});
+    ASSERT_TRUE(Succeeded(Open(package)));
+    std::unique_ptr<std::byte[]> data;
+    std::uint32_t size = 0;
+    ASSERT_TRUE(Succeeded(info->GetProductIcon(&data, &size)));
+    constexpr std::size_t kPixels = 22 + 40;  // behind the headers of file and bitmap
+    constexpr std::size_t kImage = 32 * 32 * 4;
+    ASSERT_EQ(size, kPixels + kImage + 32 * 4);
+    const std::string bytes(reinterpret_cast<const char*>(data.get()), size);
+    EXPECT_EQ(bytes.substr(0, 8), std::string("\0\0\1\0\1\0\x20\x20", 8));
+    for (std::size_t at = kPixels; at < kPixels + kImage; at += 4) {
+        ASSERT_EQ(bytes.substr(at, 3), std::string("\xFF\0\0", 3)) << at;
+    }
+    EXPECT_EQ(FilesLeft(), 0);
 }
 
 TEST(SuiteCode, Codes_AreClassifiedByVersionAndProduct) {

@@ -1,6 +1,6 @@
 // Compressed images of icons. The files were made with a script that packs the two pixels of one line; nothing but the
 // chunks that are named here is in them.
-#include "tests/recorded/iconfiles.h"
+#include "tests/support/iconfiles.h"
 #include "tests/support/machinetest.h"
 
 namespace roundup {

@@ -5,7 +5,7 @@
 #include <random>
 #include <tuple>
 
-#include "tests/recorded/iconfiles.h"
+#include "tests/support/iconfiles.h"
 #include "tests/support/machinefiles.h"
 #include "tests/support/machinetest.h"
 

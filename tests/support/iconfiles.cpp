@@ -1,4 +1,4 @@
-#include "tests/recorded/iconfiles.h"
+#include "tests/support/iconfiles.h"
 
 namespace roundup {
 
