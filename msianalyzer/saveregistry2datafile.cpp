@@ -35,6 +35,20 @@ std::byte* Put(std::byte* at, std::u16string_view text) noexcept {
 
 }  // namespace
 
+// Values of one key tend to come one behind the other, and opening it is most of the work.
+struct CSaveRegistry2DataFile::ValueKey {
+    KeyHandle root = 0;
+    bool view64 = false;
+    std::u16string path;
+    ResultCode result;
+    CWFYRegKey key;
+};
+
+CSaveRegistry2DataFile::CSaveRegistry2DataFile(CDataFile& file, const CMSIAnalyzer* analyzer) noexcept
+    : m_file(file), m_analyzer(analyzer) {}
+
+CSaveRegistry2DataFile::~CSaveRegistry2DataFile() = default;
+
 // The keys from the start of the walk down to where it is.
 struct CSaveRegistry2DataFile::Walk {
     struct Level {
@@ -109,21 +123,31 @@ ResultCode CSaveRegistry2DataFile::NextSubkey(Walk& walk) {
 
 ResultCode CSaveRegistry2DataFile::SaveValue(KeyHandle root, std::u16string_view key, std::u16string_view name,
                                              bool view64) {
-    const std::u16string path(key);
+    if (const ResultCode rc = OpenValueKey(root, key, view64); Failed(rc)) return IsAbsent(rc) ? kSuccess : Pass(rc);
     const std::u16string value(name);
-    CWFYRegKey opened;
     RegValueBlock block;
-    if (const ResultCode rc = opened.Open(root, path.c_str(), view64, false); Failed(rc)) {
-        return IsAbsent(rc) ? kSuccess : Pass(rc);
-    }
-    if (const ResultCode rc = opened.QueryValue(value.c_str(), block); Failed(rc)) {
+    if (const ResultCode rc = m_valueKey->key.QueryValue(value.c_str(), block); Failed(rc)) {
         return IsAbsent(rc) ? kSuccess : Pass(rc);
     }
     IRemoveRepeatReg* const filter = m_analyzer != nullptr ? m_analyzer->Filter() : nullptr;
     const auto low = static_cast<std::uint32_t>(root);
-    if (filter != nullptr && filter->IsValueSeen(&low, path.c_str(), value.c_str(), view64) != 0) return kSuccess;
+    if (filter != nullptr && filter->IsValueSeen(&low, m_valueKey->path.c_str(), value.c_str(), view64) != 0)
+        return kSuccess;
     const ResultCode rc = WriteRecord(root, key, name, block.Type(), block.Data(), view64);
     return Failed(rc) ? Pass(rc) : kSuccess;
+}
+
+ResultCode CSaveRegistry2DataFile::OpenValueKey(KeyHandle root, std::u16string_view key, bool view64) {
+    if (m_valueKey == nullptr) m_valueKey = std::make_unique<ValueKey>();
+    ValueKey& last = *m_valueKey;
+    // A handle may stand for another key the next time.
+    const bool isPredefined = root >= kHkeyClassesRoot;
+    if (isPredefined && last.root == root && last.view64 == view64 && last.path == key) return PassQuiet(last.result);
+    last.root = root;
+    last.view64 = view64;
+    last.path = key;
+    last.result = last.key.Open(root, last.path.c_str(), view64, false);
+    return PassQuiet(last.result);
 }
 
 // The file takes each piece with a call of the platform, so the pieces go in together.

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -25,8 +26,10 @@ class CWFYRegKey;
 // seen before.
 class CSaveRegistry2DataFile {
   public:
-    CSaveRegistry2DataFile(CDataFile& file, const CMSIAnalyzer* analyzer) noexcept
-        : m_file(file), m_analyzer(analyzer) {}
+    CSaveRegistry2DataFile(CDataFile& file, const CMSIAnalyzer* analyzer) noexcept;
+    CSaveRegistry2DataFile(const CSaveRegistry2DataFile&) = delete;
+    CSaveRegistry2DataFile& operator=(const CSaveRegistry2DataFile&) = delete;
+    ~CSaveRegistry2DataFile();
 
     // The key with everything beneath it, depth first; a part that the filter has seen is left out with all of its
     // subkeys, one that does not exist writes nothing, one below the deepest level of a registry (512) is left out.
@@ -37,15 +40,18 @@ class CSaveRegistry2DataFile {
 
   private:
     struct Walk;
+    struct ValueKey;
     ResultCode EnterKey(Walk& walk);
     ResultCode NextSubkey(Walk& walk);
     ResultCode WriteValues(const Walk& walk, CWFYRegKey& key);
+    ResultCode OpenValueKey(KeyHandle root, std::u16string_view key, bool view64);
     ResultCode WriteRecord(KeyHandle root, std::u16string_view key, std::u16string_view name, std::uint32_t type,
                            std::span<const std::byte> data, bool view64);
 
     CDataFile& m_file;
     const CMSIAnalyzer* const m_analyzer;
-    std::vector<std::byte> m_record;  // the record that is being put together
+    std::unique_ptr<ValueKey> m_valueKey;  // of the last value; null before the first
+    std::vector<std::byte> m_record;       // the record that is being put together
 };
 
 }  // namespace roundup
