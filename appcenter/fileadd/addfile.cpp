@@ -1,0 +1,99 @@
+// The sink that every source of a gather feeds.
+#include <memory>
+#include <new>
+
+#include "appcenter/app/app.h"
+#include "platform/machine.h"
+#include "utility/pathtext.h"
+#include "utility/peimage.h"
+#include "utility/specialfolders.h"
+
+namespace roundup {
+
+namespace {
+
+// Of a path with its terminator. A longer one cannot belong to an application.
+constexpr std::uint32_t kPathLimit = 520;
+
+using PathBuffer = char16_t[kPathLimit];
+
+// False for a path that is too long. One that does not exist stays as it is.
+bool LongPathOf(const char16_t* path, PathBuffer& buffer, std::u16string_view& longPath) {
+    const std::uint32_t length = CurrentMachine().Files().GetLongPath(path, buffer, kPathLimit);
+    longPath = length != 0 ? std::u16string_view(buffer, length < kPathLimit ? length : 0) : path;
+    return length < kPathLimit && longPath.size() < kPathLimit;
+}
+
+// Null when memory is short.
+std::unique_ptr<CWFYFile> MakeFile(std::u16string_view path, const OwnedString& shortPath, std::uint64_t size,
+                                   std::uint32_t type) {
+    std::unique_ptr<CWFYFile> file(new (std::nothrow) CWFYFile);
+    if (!file || !file->pwszPath.Assign(path) || !file->pwszShortPath.Assign(shortPath)) return nullptr;
+    file->llSize = static_cast<std::int64_t>(size);
+    file->dwType = type;
+    return file;
+}
+
+}  // namespace
+
+void CApp::AppendFile(std::unique_ptr<CWFYFile> file) {
+    llGatheredSize += file->llSize;
+    Files.push_back(std::move(file));
+}
+
+// The special folders of the system never belong to an application alone.
+ResultCode CApp::AddDirectory(std::u16string_view path) {
+    if (Directories.Contains(path)) return kSuccess;
+    OwnedString directory;
+    const bool ends = path.back() == u'\\' || path.back() == u'/' || path.size() >= kPathLimit - 1;
+    const bool made = ends ? directory.Assign(path) : AssignConcat(directory, path, u"\\");
+    if (!made) return Fail(SmallCode::ObjectAllocation);
+    (IsSpecialFolder(directory) ? SystemDirectories : Directories).insert(std::move(directory));
+    return kSuccess;
+}
+
+ResultCode CApp::AddFile(const char16_t* path, std::uint64_t size, std::uint32_t type) {
+    if (path == nullptr || *path == u'\0') return Fail(SmallCode::BadArgument);
+    PathBuffer buffer;
+    std::u16string_view longPath;
+    if (!LongPathOf(path, buffer, longPath)) return Fail(SmallCode::BadArgument);
+    if (type == FileType::kDirectory) return AddDirectory(longPath);
+
+    OwnedString counted(longPath);
+    if (counted.IsNull()) return Fail(SmallCode::ObjectAllocation);
+    const auto [place, isNew] = FilePaths.insert(std::move(counted));
+    if (!isNew) return kSuccess;
+    // Zero-terminated, also where the path stands in no buffer of ours.
+    return AddGatheredFile(*place, size, type);
+}
+
+ResultCode CApp::AddGatheredFile(const OwnedString& path, std::uint64_t size, std::uint32_t type) {
+    PathBuffer buffer;
+    OwnedString shortPath;
+    if (GetShortPath(path.Text(), buffer, kPathLimit) == 0) {
+        if (!shortPath.Assign(path)) return Fail(SmallCode::ObjectAllocation);
+    } else if (!shortPath.Assign(buffer)) {
+        return Fail(SmallCode::ObjectAllocation);
+    }
+    std::unique_ptr<CWFYFile> file = MakeFile(path, shortPath, size, type);
+    if (!file) return Fail(SmallCode::ObjectAllocation);
+    std::unique_ptr<CWFYFile> second;
+    if (type == FileType::kOrdinary || type == FileType::kPackage) {
+        const bool is64 = IsPe32Plus(path.Text());
+        const bool is32 = IsPe32(path.Text());
+        if (is64) {
+            file->dwFlags |= FileFlags::k64BitImage;
+            qwFlags = (qwFlags | AppFlags::k64Bit) & ~AppFlags::k32BitImages;
+            // What lies in a system folder passes for both, and counts for both.
+            if (is32) second = MakeFile(path, shortPath, size, type);
+        } else if (is32) {
+            file->dwFlags |= FileFlags::k32BitImage;
+            if ((qwFlags & AppFlags::k64Bit) == 0) qwFlags |= AppFlags::k32BitImages;
+        }
+    }
+    AppendFile(std::move(file));
+    if (second) AppendFile(std::move(second));
+    return kSuccess;
+}
+
+}  // namespace roundup
