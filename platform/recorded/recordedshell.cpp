@@ -1,9 +1,11 @@
 #include "platform/recorded/recordedshell.h"
 
 #include <array>
+#include <optional>
 #include <utility>
 
 #include "platform/recorded/commandline.h"
+#include "platform/recorded/resources/packagetexts.h"
 #include "platform/recorded/textanswer.h"
 #include "utility/casemap.h"
 
@@ -25,6 +27,7 @@ RecordedShell::RecordedShell(const MachineSettings& settings, const ShellFolders
       m_hostExecutable(std::move(hostExecutable)),
       m_environment(environment),
       m_files(files),
+      m_registry(registry),
       m_icons(files, registry) {}
 
 bool RecordedShell::GetFolderPath(std::uint32_t number, char16_t (&path)[260]) {
@@ -48,16 +51,17 @@ bool RecordedShell::SplitCommandLine(const char16_t* text, std::vector<std::u16s
     return true;
 }
 
-// A text that is not indirect stands for itself.
+// A text that is not indirect stands for itself. What the machine was told goes before what its packages say.
 bool RecordedShell::LoadIndirectString(const char16_t* source, char16_t* buffer, std::uint32_t size) {
     std::u16string_view text(source);
+    std::optional<std::u16string> named;
     if (text.starts_with(u'@')) {
-        const std::u16string* found = nullptr;
         for (const auto& [known, its] : m_settings.strings) {
-            if (EqualsNoCase(known, text)) found = &its;
+            if (EqualsNoCase(known, source)) named = its;
         }
-        if (found == nullptr) return false;
-        text = *found;
+        if (!named) named = FindPackageText(text, m_files, m_registry);
+        if (!named) return false;
+        text = *named;
     }
     if (text.size() >= size) return false;
     (void)AnswerText(text, buffer, size);

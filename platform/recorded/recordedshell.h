@@ -48,6 +48,7 @@ class RecordedShell final : public IShell {
     const std::u16string m_hostExecutable;
     const Environment& m_environment;
     IFileSystem& m_files;
+    IRegistry& m_registry;
     RecordedIcons m_icons;
 };
 
