@@ -1,8 +1,8 @@
 // The calls that a load makes of the registry, written down and made again with nothing else done.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
-#include <map>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -58,7 +58,7 @@ class RegistryTrace final : public IRegistry {
 
     // The same calls once more. Handles are those that the calls give this time.
     void Replay() {
-        std::map<KeyHandle, KeyHandle> now;
+        Handles now;
         for (const Call& call : m_calls) Make(call, now);
     }
 
@@ -77,19 +77,24 @@ class RegistryTrace final : public IRegistry {
         m_calls.push_back(std::move(call));
     }
 
-    void Make(const Call& call, std::map<KeyHandle, KeyHandle>& now) {
-        const auto known = now.find(call.key);
+    // Those open at a time, as they were and as they are: few, so that finding one costs next to nothing.
+    using Handles = std::vector<std::pair<KeyHandle, KeyHandle>>;
+
+    void Make(const Call& call, Handles& now) {
+        const auto known = std::find_if(now.begin(), now.end(), [&](const auto& one) { return one.first == call.key; });
         const KeyHandle key = known != now.end() ? known->second : call.key;
+        KeyHandle opened = 0;
         std::uint32_t length = 260, type = 0, size = sizeof m_data;
         char16_t name[260];
         KeyInfo info;
         switch (call.kind) {
             case Kind::Open:
-                (void)m_behind.OpenKey(key, call.name.c_str(), call.number, now[call.opened]);
+                (void)m_behind.OpenKey(key, call.name.c_str(), call.number, opened);
+                if (opened != 0) now.emplace_back(call.opened, opened);
                 break;
             case Kind::Close:
                 m_behind.CloseKey(key);
-                now.erase(call.key);
+                if (known != now.end()) now.erase(known);
                 break;
             case Kind::Info:
                 (void)m_behind.QueryInfo(key, info);
