@@ -23,7 +23,8 @@ class ShortcutScannerTest : public MachineTest {
     static std::vector<std::u16string> LinksOf(std::u16string_view target) {
         std::vector<const ShortcutRecord*> records;
         std::vector<std::u16string> names;
-        EXPECT_EQ(ShortcutScanner::Instance().FindByTarget(target, records), !records.empty());
+        const bool found = ShortcutScanner::Instance().FindByTarget(target, records);
+        EXPECT_EQ(found, !records.empty());
         for (const ShortcutRecord* record : records) {
             names.push_back(std::u16string(record->linkFolder).append(u"|").append(record->linkBaseName));
         }
