@@ -8,6 +8,7 @@
 #include "platform/machine.h"
 #include "utility/fileinfo.h"
 #include "utility/formattext.h"
+#include "utility/ininumber.h"
 
 namespace roundup {
 namespace {
@@ -20,17 +21,14 @@ constexpr std::uint64_t kLargestList = 0x100000;  // bytes
 // Each position is a question to the platform, which reads the file anew; far more than a suite has parts.
 constexpr std::int32_t kHighestPosition = 4096;
 
-// A decimal number with an optional sign in front; what follows the digits does not count, as with
-// GetPrivateProfileIntW. Kept within the range of the positions.
+// The digits that the text begins with, kept within the range of the positions.
 std::int32_t LeadingNumber(std::u16string_view text) noexcept {
-    const bool negative = !text.empty() && text.front() == u'-';
-    if (negative) text.remove_prefix(1);
     std::int32_t number = 0;
     for (const char16_t c : text) {
         if (c < u'0' || c > u'9' || number > kHighestPosition) break;
         number = number * 10 + (c - u'0');
     }
-    return negative ? -number : number;
+    return number;
 }
 
 class ListFile {
@@ -42,7 +40,11 @@ class ListFile {
     }
     bool IsUsable() const noexcept { return !m_buffer.empty(); }
 
-    std::u16string_view Value(const char16_t* key, const char16_t* fallback) { return Ask(key, fallback); }
+    std::u16string_view Value(const char16_t* key) { return Ask(key, kMissing); }
+    std::int32_t Count() const {
+        return static_cast<std::int32_t>(
+            ReadIniNumber(kSection, kCountKey, static_cast<std::uint32_t>(kNoCount), m_path.c_str()));
+    }
 
     // The positions that the file has, lowest first.
     std::set<std::int32_t> Positions() {
@@ -89,14 +91,13 @@ void LoadCompatibility(std::u16string_view key, CompatibilityMap& map) {
     if (path.empty()) return;
     ListFile file(std::move(path));
     if (!file.IsUsable()) return;
-    const std::u16string_view countText = file.Value(kCountKey, nullptr);
-    const std::int32_t count = countText.empty() ? kNoCount : LeadingNumber(countText);
+    const std::int32_t count = file.Count();
     std::int32_t next = 1;
     for (const std::int32_t position : file.Positions()) {
         // The numbers between are missing; the list ends there when one of them is the count or lies behind it.
         if (position != next && (count == kNoCount || position - 1 >= count)) return;
         next = position + 1;
-        const std::u16string_view value = file.Value(FormatText(u"%ld", position).c_str(), kMissing);
+        const std::u16string_view value = file.Value(FormatText(u"%ld", position).c_str());
         if (value == kMissing) {
             if (count == kNoCount || position >= count) return;
             continue;

@@ -1,6 +1,8 @@
 // Shared components: below "SOFTWARE\Microsoft\Windows\CurrentVersion\Installer\UserData\<sid>\Components" each
 // component has a key, and in it a value for each product that installed the component: named by the product's packed
 // code, with the component's key path in it.
+#include <algorithm>
+#include <cstring>
 #include <functional>
 #include <string>
 #include <utility>
@@ -72,10 +74,12 @@ class ComponentWalk {
         if (value.Data().size() < kLeastPathBytes || value.Type() != kRegSz) return;
         const Guid code = ParseGuid(value.Name(), GuidForm::Packed);
         if (code.IsNil() || m_wanted.Find(code) == nullptr) return;
-        m_found.push_back({code, std::u16string(value.Text())});
+        std::u16string path((value.Data().size() + 1) / sizeof(char16_t), u'\0');
+        std::memcpy(path.data(), value.Data().data(), value.Data().size());
         // A "?" in place of the colon marks a path that counts its users.
-        std::u16string& path = m_found.back().keyPath;
-        if (path.size() > 1) path[1] = u':';
+        path[1] = u':';
+        path.resize(std::min(path.find(u'\0'), path.size()));
+        m_found.push_back({code, std::move(path)});
     }
 
     const IContinue& m_goOn;

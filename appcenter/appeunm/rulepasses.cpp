@@ -84,10 +84,13 @@ void RuleBook::Make(const IContinue& goOn, const CAppList& main, RuleTargets& hi
     for (std::size_t i = 0; i < main.size(); ++i) {
         if (goOn.IsContinue() == 0) return;
         LookAhead<&CApp::pwszKeyString, &CApp::pwszName, &CApp::pwszInstallLoc>(main, i);
+        const bool wasNarrowed = main[i]->bLocationNarrowed;
         WithRules(*main[i], [&](CAppRuleSet& rules) {
             hidden.Add(rules.HideNames, rules.HideKeys, i);
             if (rules.HasSubAppRules()) Note(*main[i], rules);
         });
+        // Another adapter may know it by the folder that it has now.
+        if (main[i]->bLocationNarrowed != wasNarrowed) Forget(*main[i]);
     }
     m_isWhole = true;
 }

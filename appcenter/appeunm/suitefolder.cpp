@@ -21,9 +21,9 @@ std::u16string FollowFolder(std::u16string folder) {
 
 }  // namespace
 
-// Row 17.
+// Row 17. Adapters narrow the same locations, and the folder of a product may hold one that is named after it as well.
 bool CorrectSuiteFolder(CApp& app) {
-    if (app.pwszInstallLoc.IsEmpty() || !ContainsNoCase(app.pwszName, u"Adobe")) return false;
+    if (app.bLocationNarrowed || app.pwszInstallLoc.IsEmpty() || !ContainsNoCase(app.pwszName, u"Adobe")) return false;
     std::u16string folder = FollowFolder(std::u16string(app.pwszInstallLoc));
     if (folder.empty()) return false;
     if (folder.back() == u'\\') folder.pop_back();
@@ -34,6 +34,7 @@ bool CorrectSuiteFolder(CApp& app) {
     const std::u16string target = FollowFolder(folder);
     AssignString(app.pwszInstallLoc, std::u16string(app.pwszInstallLoc) + u"\\" + product);
     AssignString(app.pwszRealInstallLoc, target.empty() ? folder : target);
+    app.bLocationNarrowed = true;
     return true;
 }
 

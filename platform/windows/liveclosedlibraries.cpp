@@ -6,6 +6,7 @@
 #include "platform/closedstandins.h"
 #include "platform/windows/liveareas.h"
 #include "platform/windows/wintext.h"
+#include "utility/log.h"
 
 namespace roundup {
 
@@ -24,15 +25,20 @@ class ClosedFunction {
             // What the library itself needs is looked for beside it as well.
             const HMODULE module = ::LoadLibraryExW(ToWide(path.c_str()), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
             if (module != nullptr) m_function = GetProcedure<Function>(module, m_name);
+            if (m_function == nullptr) m_error = ::GetLastError();
         });
         return m_function;
     }
+    // Why there is none; behind Find.
+    Win32Error Error() const noexcept { return m_error; }
 
   private:
     const wchar_t* const m_library;
     const char* const m_name;
     std::once_flag m_once;
-    Function m_function = nullptr;  // written under m_once
+    // Written under m_once.
+    Function m_function = nullptr;
+    Win32Error m_error = kErrorSuccess;
 };
 
 std::u16string HostFolder() {
@@ -66,6 +72,10 @@ class LiveClosedLibraries final : public IClosedLibraries {
 
     bool ExpandPathMask(const char16_t* path, std::u16string& expanded, std::int32_t mode) override {
         const ExpandMask expand = m_expandMask.Find(m_folder);
+        std::call_once(m_maskNote, [&] {
+            // Who reads the log wants to know by whose rules masks were expanded.
+            if (expand == nullptr) TraceLine(u"Loadd %S err=%u", "Pathmill.dll", m_expandMask.Error());
+        });
         if (expand == nullptr) return ExpandFirstMatch(CurrentMachine().Files(), path, expanded);
         expanded.clear();
         wchar_t* found = nullptr;
@@ -88,6 +98,7 @@ class LiveClosedLibraries final : public IClosedLibraries {
     ClosedFunction<OpenRuntime> m_openRuntime{L"Hearthlib.dll", "OpenHearthRuntime"};
     ClosedFunction<GetFileObject> m_getFileObject{L"Sysprobe.dll", "GetProbeIO"};
     ClosedFunction<ExpandMask> m_expandMask{L"Pathmill.dll", "ExpandPathMask"};
+    std::once_flag m_maskNote;
 };
 
 }  // namespace

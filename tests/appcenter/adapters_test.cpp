@@ -278,6 +278,7 @@ TEST_F(AdaptersTest, CompatibilityList_IsReadUpToItsCountAndItsHighestNumber) {
         {"count=4\r\n1=\r\n2=\\\r\n3=c\r\n01=x\r\n+4=y\r\n", "c3"},
         {"1=a\r\n2=\r\n3=c\r\n4=\\\r\n5=e\r\n", "a1 c3"},
         {"count=many\r\n1=a\r\n3=c\r\n", "a1"},
+        {"count=0x3\r\n1=a\r\n3=c\r\n", "a1 c3"},
         {"count=-1\r\n2=b\r\n", ""},
     };
     for (const auto& row : rows) {

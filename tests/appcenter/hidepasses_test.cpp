@@ -159,6 +159,7 @@ TEST_F(HidePassTest, SharedComponents_FollowTheKeyPathToTheFolderOfAnApplication
     component(u"S-1", 4, kRegSz, u"CX\\T2\\q");           // whatever stands there becomes a colon
     component(u"S-2", 3, kRegSz, u"02:\\SOFTWARE\\x");    // a registry path
     component(u"S-2", 5, kRegSz, u"D:\\other\\y");        // through what the pass itself has attached
+    component(u"S-2", 7, kRegSz, std::u16string_view(u"C\0\\T\\q", 6));
     EXPECT_EQ(
         Passed(&AttachBySharedComponent, {{.key = u"a", .location = u"C:\\Other"}, {.key = u"b", .location = u"c:\\t"}},
                {{.key = u"h1", .location = u"D:\\other", .code = 1},
@@ -166,8 +167,9 @@ TEST_F(HidePassTest, SharedComponents_FollowTheKeyPathToTheFolderOfAnApplication
                 {.key = u"h3", .code = 3},
                 {.key = u"h4", .code = 4},
                 {.key = u"h5", .code = 5},
-                {.key = u"h6"}}),
-        "a b(shared:h1, shared:h4, shared:h5) | h2 h3 h6");
+                {.key = u"h6"},
+                {.key = u"h7", .code = 7}}),
+        "a b(shared:h1, shared:h4, shared:h5, shared:h7) | h2 h3 h6");
 }
 
 TEST_F(HidePassTest, RuleFiles_HideByPartOfANameAndByKey) {
@@ -196,6 +198,18 @@ TEST_F(HidePassTest, SubAppRules_TakePartsOffTheListAndPutTheirOwnersFirst) {
                           {.key = u"z", .name = u"languages", .package = kMsi},
                           {.key = u"a", .package = kMsi}}),
               "b(rule:x, rule:z) a y");
+}
+
+// Catches a location that the adapter and the correction of suite folders both narrow, and rules that were made before.
+TEST_F(HidePassTest, LocationThatAnAdapterNarrows_StaysAndCountsForTheOtherAdapters) {
+    builder.Folder(u"C:\\Adobe\\Brush Zed\\Brush")
+        .HostFile(u"Config\\AppsIniEx.ini", "[AppName]\r\nAdobe=\r\nZed=\r\n")
+        .HostFile(u"Config\\Adobe.INCEX", RuleBytes(u"VERSION:X\r\nCOMPONENTSDIR:[ProgramFilesFolder]\\Q"))
+        .HostFile(u"Config\\Zed.INCEX", RuleBytes(u"VERSION:X\r\nAPPNAME:a\r\nCOMPONENTSSUBAPPKEY:part"));
+    EXPECT_EQ(Reconciled({{.key = u"k", .name = u"Adobe Brush", .location = u"C:\\Adobe"},
+                          {.key = u"part", .package = u"C:\\1.msi"}}),
+              "k(rule:part)");
+    EXPECT_EQ(AppAt(Manager(), 0).pwszInstallLoc.View(), u"C:\\Adobe\\Brush Zed");
 }
 
 TEST_F(HidePassTest, CompatibilityLists_AttachInTheirOrder) {
