@@ -96,7 +96,9 @@ SourceStatus MountUser(RegistryStore& store, HostFolder& folder, const std::stri
     const auto classes = FindBelow(
         folder, {"Users", profile, "AppData", "Local", "Microsoft", "Windows", "UsrClass.dat"}, SourceKind::File);
     if (!classes) return std::nullopt;
-    return MountHive(store, folder.Path() + "/" + *classes, key + u"_Classes");
+    // The key that the system shows as <sid>_Classes is this one; a hive mounted under the other name would be no part
+    // of the user's Software.
+    return MountHive(store, folder.Path() + "/" + *classes, key + u"\\Software\\Classes");
 }
 
 // The layout of the registry must be known before anything is mounted, and the registry says it.
