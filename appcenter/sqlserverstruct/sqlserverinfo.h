@@ -71,11 +71,11 @@ struct SqlServerInfo {
     std::u16string ComputerName;
     SqlMap<std::u16string> SrFolders;  // the one folder "SR", if there is one: key and value are the same path
     std::vector<SqlInstanceInfo> Instances;
-    SqlTexts LocalGroups;               // those with a "$" in their names
-    SqlTexts ServiceKeys;               // services and event sources, below HKEY_LOCAL_MACHINE
-    SqlTexts InfFolders;                // "C:\Windows\Inf\" and a service's name, where that exists
-    SqlMap<SqlTexts> FolderAccounts;    // folder or file: the server's accounts in its access list
-    SqlMap<SqlTexts> RegistryAccounts;  // the same of keys
+    SqlTexts LocalGroups;                 // those with a "$" in their names
+    SqlTexts ServiceKeys;                 // services and event sources, below HKEY_LOCAL_MACHINE
+    SqlTexts InfFolders;                  // "C:\Windows\Inf\" and a service's name, where that exists
+    SqlMap<SqlTexts> FolderAccounts;      // folder or file: the server's accounts in its access list
+    SqlMap<SqlTexts> RegistryAccounts;    // the same of keys
     SqlMap<std::u16string> GroupMembers;  // member: the last of LocalGroups that it is in
     SqlTexts PathEntries;                 // parts of the system's path that contain "SQL Server"
 };

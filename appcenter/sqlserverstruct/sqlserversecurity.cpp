@@ -128,8 +128,7 @@ ResultCode ReadAccountsOfKey(std::u16string_view path, SqlTexts& accounts) {
     Machine& machine = CurrentMachine();
     const std::u16string subKey(path.substr(cut + 1));
     KeyHandle key = 0;
-    Win32Error error =
-        machine.Registry().OpenKey(root->second, subKey.c_str(), kKeyAllAccess | kKeyWow64Key64, key);
+    Win32Error error = machine.Registry().OpenKey(root->second, subKey.c_str(), kKeyAllAccess | kKeyWow64Key64, key);
     if (error != kErrorSuccess) return Fail(SmallCode::GeneralFailure, error);
     error = machine.Security().GetKeyAccounts(key, accounts);
     machine.Registry().CloseKey(key);

@@ -3,9 +3,9 @@
 #include <sys/file.h>
 #include <sys/random.h>
 #include <sys/stat.h>
-#include <sys/xattr.h>
 #include <sys/syscall.h>
 #include <sys/sysinfo.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <algorithm>

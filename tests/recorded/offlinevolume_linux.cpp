@@ -1,6 +1,7 @@
 // Offline volumes: a Windows put together from real hives, one of which gets the list of profiles written into it.
 #include <hivex.h>
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "platform/recorded/openmachine.h"
@@ -84,6 +85,24 @@ TEST_F(OfflineVolume, OnlyUser_IsTheOneShown) {
         EXPECT_EQ(machine->Registry().OpenKey(root, key, kKeyRead, opened), kErrorSuccess);
         machine->Registry().CloseKey(opened);
     }
+}
+
+// What the descriptors of real hives name, and whether it has a name here; there is no SAM.
+TEST_F(OfflineVolume, KeysOfTheHives_NameTheAccountsOfTheirAccessLists) {
+    Machine* machine = Open();
+    ASSERT_NE(machine, nullptr) << m_message;
+    KeyHandle key = 0;
+    ASSERT_EQ(machine->Registry().OpenKey(kHkeyLocalMachine, u"SYSTEM\\Select", kKeyRead, key), kErrorSuccess);
+    std::vector<std::u16string> names;
+    EXPECT_EQ(machine->Security().GetKeyAccounts(key, names), kErrorSuccess);
+    for (const char16_t* name : {u"SYSTEM", u"Administrators"}) {
+        EXPECT_NE(std::find(names.begin(), names.end(), name), names.end()) << names.size();
+    }
+    machine->Registry().CloseKey(key);
+    EXPECT_EQ(machine->Security().GetLocalGroups(names), kErrorSuccess);
+    EXPECT_TRUE(names.empty());
+    EXPECT_EQ(machine->Security().GetFileAccounts(u"C:\\Users\\Ann\\ntuser.dat", names), kErrorSuccess);
+    EXPECT_EQ(machine->Security().GetFileAccounts(u"C:\\Absent", names), kErrorFileNotFound);
 }
 
 TEST_F(OfflineVolume, SeveralUsers_MustBeChosenFrom) {
