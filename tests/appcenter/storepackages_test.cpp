@@ -2,9 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 
 #include "appcenter/appx/appx.h"
 #include "appcenter/appx/packageversion.h"
+#include "appcenter/enumappx/loadappx.h"
 #include "tests/appcenter/catalogue_support.h"
 
 namespace roundup {
@@ -135,6 +137,31 @@ TEST_F(StorePackagesTest, WindowsOtherThan10_HasNoPackages) {
     EXPECT_TRUE(FullNames(Load()).empty());
     builder.Version(11, 0, 22000);
     EXPECT_TRUE(FullNames(Load()).empty());
+}
+
+// Lets so many questions pass.
+class GoesOnFor : public IContinue {
+  public:
+    explicit GoesOnFor(int times) : m_left(times) {}
+    std::uint8_t IsContinue() const noexcept override { return m_left-- > 0 ? 1 : 0; }
+
+  private:
+    mutable std::atomic<int> m_left;
+};
+
+TEST_F(StorePackagesTest, CancelledLoad_KeepsThePackagesSoFar) {
+    for (const char16_t* full : {u"A_1.0.0.0_x64__p", u"B_1.0.0.0_x64__p", u"C_1.0.0.0_x64__p"}) {
+        Package(full, u"F_p", Manifest("1.0.0.0"));
+    }
+    Start();
+    for (const int times : {0, 1, 2, 3, 4}) {
+        AppList packages;
+        {
+            const GoesOnFor goOn(times);
+            const CLoadAppx source(goOn, packages);
+        }
+        EXPECT_EQ(packages.size(), static_cast<std::size_t>(std::min(times, 3)));
+    }
 }
 
 TEST_F(StorePackagesTest, ClassIcon_WinsWhenItsFileIsThere) {
