@@ -38,9 +38,11 @@ constexpr int kFilesPerFolder = 19;
 constexpr std::int64_t kFewest = 125;
 
 constexpr const char* kManifest =
-    "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<Package xmlns=\"x\"><Identity Name=\"Otter\" Publisher=\"CN=Otter\" "
+    "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<Package xmlns=\"x\"><Identity Name=\"Otter\" "
+    "Publisher=\"CN=Otter\" "
     "Version=\"1.0.0.0\" ProcessorArchitecture=\"x64\"/><Properties><DisplayName>Otter</DisplayName>"
-    "<Logo>a\\Logo.png</Logo></Properties><Dependencies><PackageDependency Name=\"Otter.Frame\" MinVersion=\"1.0.0.0\"/>"
+    "<Logo>a\\Logo.png</Logo></Properties><Dependencies><PackageDependency Name=\"Otter.Frame\" "
+    "MinVersion=\"1.0.0.0\"/>"
     "</Dependencies><Applications><Application Id=\"App\"><uap:VisualElements Square150x150Logo=\"a\\Logo.png\" "
     "BackgroundColor=\"#102030\"/></Application></Applications></Package>";
 
@@ -60,11 +62,13 @@ void WriteMachine(std::int64_t packages, const std::string& folder) {
             .Text(key, u"PackageID", full)
             .Qword(key, u"OSMinVersion", 0x000A000000000000)
             .Qword(key, u"OSMaxVersionTested", 0x000A000000000000)
-            .Qword(FormatText(u"HKCU\\%s\\Families\\%s\\%s", kRepository, family, full), u"InstallTime", 133513056000000000)
+            .Qword(FormatText(u"HKCU\\%s\\Families\\%s\\%s", kRepository, family, full), u"InstallTime",
+                   133513056000000000)
             .File(root + u"\\AppxManifest.xml", kManifest)
             .File(root + u"\\a\\Logo.png", std::string(500, 'l'));
         for (int file = 0; file < kFilesPerFolder; ++file) {
-            builder.File(root + FormatText(u"\\part%d.dll", file), "MZ").File(root + FormatText(u"\\a\\b%d.dat", file), "x");
+            builder.File(root + FormatText(u"\\part%d.dll", file), "MZ")
+                .File(root + FormatText(u"\\a\\b%d.dat", file), "x");
         }
     }
     builder.WriteTo(folder);

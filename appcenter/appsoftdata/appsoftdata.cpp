@@ -71,8 +71,8 @@ ResultCode AddSoftDataRules(const CApp* app, CAppRuleSet* ruleSet) {
     if ((app->qwFlags & AppFlags::kNotTopLevel) != 0) return kSuccess;
     const Locator locate = FindLocator(*app);
     if (locate == nullptr) return kSuccess;
-    const ResultCode rc = AtBoundary([&] { return locate(*app, *ruleSet); },
-                                     [] { return FailQuiet(SmallCode::ObjectAllocation); });
+    const ResultCode rc =
+        AtBoundary([&] { return locate(*app, *ruleSet); }, [] { return FailQuiet(SmallCode::ObjectAllocation); });
     return Failed(rc) ? Pass(rc) : kSuccess;
 }
 

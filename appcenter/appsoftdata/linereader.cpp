@@ -21,8 +21,8 @@ LineReader::~LineReader() {
 ResultCode LineReader::Open(const char16_t* path) {
     const std::size_t length = ToUtf8(path).size();
     if (length >= kPathBytes) return Fail(SmallCode::GeneralFailure, length);
-    const Win32Error error = CurrentMachine().Files().Open(path, kGenericRead, kShareRead | kShareWrite, kOpenExisting,
-                                                           m_file);
+    const Win32Error error =
+        CurrentMachine().Files().Open(path, kGenericRead, kShareRead | kShareWrite, kOpenExisting, m_file);
     return error == kErrorSuccess ? kSuccess : Fail(SmallCode::GeneralFailure, error);
 }
 

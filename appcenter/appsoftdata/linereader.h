@@ -9,8 +9,8 @@
 
 namespace roundup {
 
-// Reads as the C library's text mode does, bytes as they stand: a line end is "\n" or "\r\n", byte 26 ends the file, and
-// a line of more than 1023 bytes comes in pieces. Costs no allocation, however long the lines. One thread.
+// Reads as the C library's text mode does, bytes as they stand: a line end is "\n" or "\r\n", byte 26 ends the file,
+// and a line of more than 1023 bytes comes in pieces. Costs no allocation, however long the lines. One thread.
 class LineReader {
   public:
     LineReader() noexcept = default;

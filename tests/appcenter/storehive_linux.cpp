@@ -55,7 +55,8 @@ TEST_F(StoreHiveTest, RealRepository_IsWalkedWhole) {
     const std::string folder = "Program Files/WindowsApps/Microsoft.Messaging_3.37.23004.0_x64__8wekyb3d8bbwe/";
     m_folder.Write(folder + "resources.pri",
                    PriWriter{.languages = {u"en-US"}, .items = {{"AppStoreName", {u"Talk"}}}}.Write());
-    m_folder.Write(folder + "AppxManifest.xml", "<Package><Identity Publisher=\"CN=p\" Version=\"3.37.23004.0\"/></Package>");
+    m_folder.Write(folder + "AppxManifest.xml",
+                   "<Package><Identity Publisher=\"CN=p\" Version=\"3.37.23004.0\"/></Package>");
     const std::vector<PackageRecord> records = Walk();
     // 29 of the 85 packages lie in the system's own folder of applications.
     ASSERT_EQ(records.size(), 56U);

@@ -1,9 +1,9 @@
 // Link files on a machine that is not live.
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <span>
-#include <cstring>
 
 #include "platform/recorded/links/linkfile.h"
 #include "tests/support/linkwriter.h"
@@ -28,7 +28,8 @@ TEST_F(LinksTest, TargetOfEachForm_IsTheFirstThatExists) {
         LinkWriter link;
         std::u16string_view target;
     } cases[] = {
-        {{.idListPath = u"C:\\List\\\u00E4 \u4E2D.exe", .localPath = "C:\\Local\\a.exe"}, u"C:\\List\\\u00E4 \u4E2D.exe"},
+        {{.idListPath = u"C:\\List\\\u00E4 \u4E2D.exe", .localPath = "C:\\Local\\a.exe"},
+         u"C:\\List\\\u00E4 \u4E2D.exe"},
         {{.idListPath = u"C:\\List\\gone.exe", .localPath = "C:\\Local\\", .suffix = "a.exe"}, u"C:\\Local\\a.exe"},
         {{.idListPath = u"C:\\List\\gone.exe", .localPath = "C:\\Local\\a.exe", .moreFlags = 0x100},
          u"C:\\List\\gone.exe"},
@@ -79,8 +80,13 @@ TEST_F(LinksTest, AdvertisedLink_TellsProductFeatureAndComponent) {
 
 // Every cut, and every 32-bit field made huge: what is read must lie within the file, whatever it says.
 TEST_F(LinksTest, DamagedLink_IsNoneOrHasLessInIt) {
-    const LinkWriter link{.idListPath = u"C:\\List\\a.exe", .localPath = "C:\\a.exe", .wideLocalPath = u"C:\\a.exe",
-                          .share = "\\\\HOST\\s", .suffix = "b", .description = u"d", .environmentPath = u"%x%"};
+    const LinkWriter link{.idListPath = u"C:\\List\\a.exe",
+                          .localPath = "C:\\a.exe",
+                          .wideLocalPath = u"C:\\a.exe",
+                          .share = "\\\\HOST\\s",
+                          .suffix = "b",
+                          .description = u"d",
+                          .environmentPath = u"%x%"};
     const std::string whole = link.Write();
     std::size_t read = 0;
     const auto parse = [&](const std::string& bytes) {

@@ -17,9 +17,10 @@ class PackageTextsTest : public MachineTest {
         return found ? text : u"-";
     }
     void Install(std::u16string_view folder, const PriWriter& pri) {
-        builder.Text(u"HKCU\\Software\\Classes\\Local Settings\\Software\\Microsoft\\Windows\\CurrentVersion\\AppModel\\"
-                     u"Repository\\Packages\\Otter_1.0.0.0_x64__p",
-                     u"PackageRootFolder", folder);
+        builder.Text(
+            u"HKCU\\Software\\Classes\\Local Settings\\Software\\Microsoft\\Windows\\CurrentVersion\\AppModel\\"
+            u"Repository\\Packages\\Otter_1.0.0.0_x64__p",
+            u"PackageRootFolder", folder);
         builder.File(std::u16string(folder).append(u"\\resources.pri"), pri.Write());
     }
 };
@@ -32,8 +33,8 @@ PriWriter TwoLanguages() {
 TEST_F(PackageTextsTest, ResourceOfEachForm_IsTheOneForTheLanguage) {
     const struct {
         std::u16string_view language, text;
-    } languages[] = {{u"", u"Otter"},   {u"de-DE", u"Fischotter"}, {u"de-AT", u"Fischotter"}, {u"fr-CA", u"Loutre"},
-                     {u"ja-JP", u"Otter"}, {u"EN", u"Otter"}};
+    } languages[] = {{u"", u"Otter"},       {u"de-DE", u"Fischotter"}, {u"de-AT", u"Fischotter"},
+                     {u"fr-CA", u"Loutre"}, {u"ja-JP", u"Otter"},      {u"EN", u"Otter"}};
     for (int form = 0; form < 8; ++form) {
         PriWriter pri = TwoLanguages();
         pri.extended = (form & 1) != 0;

@@ -38,8 +38,8 @@ TEST_F(ShortcutScannerTest, Folders_AreScannedAsDeepAsEachIsAndEachLinkOnce) {
     Link(programs, u"one.lnk", To(u"C:\\Tool\\Tool.exe"));
     Link(programs + u"\\Sub", u"TWO.two.LNK", To(u"C:\\Tool\\tool.exe"));
     Link(kDesktop, u"desk.lnk", To(u"C:\\Tool\\Tool.exe"));
-    Link(u"C:\\Users\\User\\AppData\\Roaming\\Microsoft\\Internet Explorer\\Quick Launch\\User Pinned\\TaskBar", u"bar.lnk",
-         To(u"C:\\Tool\\Tool.exe"));
+    Link(u"C:\\Users\\User\\AppData\\Roaming\\Microsoft\\Internet Explorer\\Quick Launch\\User Pinned\\TaskBar",
+         u"bar.lnk", To(u"C:\\Tool\\Tool.exe"));
     // None of these is a shortcut that is shown.
     Link(std::u16string(kDesktop) + u"\\Sub", u"below.lnk", To(u"C:\\Tool\\Tool.exe"));
     Link(kDesktop, u"lnk", To(u"C:\\Tool\\Tool.exe"));

@@ -165,10 +165,17 @@ class Parser {
     void ReadBlock(ByteView block) {
         std::u16string* target = nullptr;
         switch (block.At<std::uint32_t>(4).value_or(0)) {
-            case kEnvironmentBlock: target = &m_link.environmentPath; break;
-            case kDescriptorBlock: target = &m_link.descriptor; break;
-            case kIconBlock: target = &m_link.environmentIcon; break;
-            default: return;
+            case kEnvironmentBlock:
+                target = &m_link.environmentPath;
+                break;
+            case kDescriptorBlock:
+                target = &m_link.descriptor;
+                break;
+            case kIconBlock:
+                target = &m_link.environmentIcon;
+                break;
+            default:
+                return;
         }
         const auto wide = block.Slice(kWideText, 520);
         const auto narrow = block.Slice(kNarrowText, 260);

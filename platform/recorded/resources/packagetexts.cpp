@@ -12,7 +12,8 @@ namespace roundup {
 namespace {
 
 constexpr std::u16string_view kPackages =
-    u"Software\\Classes\\Local Settings\\Software\\Microsoft\\Windows\\CurrentVersion\\AppModel\\Repository\\Packages\\";
+    u"Software\\Classes\\Local "
+    u"Settings\\Software\\Microsoft\\Windows\\CurrentVersion\\AppModel\\Repository\\Packages\\";
 constexpr std::u16string_view kScheme = u"ms-resource:";
 constexpr std::u16string_view kDefaultFolder = u"Resources/";
 constexpr std::u16string_view kDefaultLanguage = u"en-US";

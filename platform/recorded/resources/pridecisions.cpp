@@ -57,7 +57,8 @@ class Decisions {
             const std::uint64_t value = std::uint64_t{m_qualifiers.At<std::uint16_t>(qualifier).value_or(0)} * 12;
             if (m_distinct.At<std::uint16_t>(value + 2) != kLanguage) continue;
             const std::uint64_t place = std::uint64_t{m_distinct.At<std::uint32_t>(value + 8).value_or(0)} * 2;
-            score = (Compare(TextAt(place), language) << 16U) | m_qualifiers.At<std::uint16_t>(qualifier + 4).value_or(0);
+            score =
+                (Compare(TextAt(place), language) << 16U) | m_qualifiers.At<std::uint16_t>(qualifier + 4).value_or(0);
         }
         return score;
     }

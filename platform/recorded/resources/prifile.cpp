@@ -37,8 +37,11 @@ std::optional<std::u16string> DecodeValue(PriValueType type, ByteView bytes) {
         case PriValueType::AsciiString:
         case PriValueType::AsciiPath:
         case PriValueType::Utf8String:
-        case PriValueType::Utf8Path: text = FromUtf8(TextOf(bytes)); break;
-        default: return std::nullopt;
+        case PriValueType::Utf8Path:
+            text = FromUtf8(TextOf(bytes));
+            break;
+        default:
+            return std::nullopt;
     }
     text.resize(std::min(text.size(), text.find(u'\0')));
     return text;
@@ -135,7 +138,8 @@ std::optional<ByteView> PriFile::DataItem(std::uint32_t section, std::uint32_t i
     const ByteView data = cursor.Rest();
     if (index < strings) {
         const std::uint64_t at = std::uint64_t{index} * 4;
-        return data.Slice(shortItems.At<std::uint16_t>(at).value_or(0), shortItems.At<std::uint16_t>(at + 2).value_or(0));
+        return data.Slice(shortItems.At<std::uint16_t>(at).value_or(0),
+                          shortItems.At<std::uint16_t>(at + 2).value_or(0));
     }
     const std::uint64_t at = std::uint64_t{index - strings} * 8;
     const auto offset = longItems.At<std::uint32_t>(at);

@@ -28,7 +28,8 @@ class Names {
         bool longHeader = false;
         if (extended) {
             const ByteView kind = cursor.TakeBytes(16);
-            longHeader = kind.Size() != 0 && std::memcmp(kind.Data(), kExtendedNames.data(), kExtendedNames.size()) == 0;
+            longHeader =
+                kind.Size() != 0 && std::memcmp(kind.Data(), kExtendedNames.data(), kExtendedNames.size()) == 0;
         }
         (void)cursor.TakeBytes(4 + 4 + 4);  // version, 0, checksum
         const auto scopes = cursor.Take<std::uint32_t>();
@@ -53,7 +54,9 @@ class Names {
     }
 
   private:
-    std::uint8_t Flags(std::uint64_t entry) const { return m_entries.At<std::uint8_t>(entry * kNameEntry + 7).value_or(0); }
+    std::uint8_t Flags(std::uint64_t entry) const {
+        return m_entries.At<std::uint8_t>(entry * kNameEntry + 7).value_or(0);
+    }
     // The root has an empty path.
     bool IsRoot(std::uint64_t entry) const { return m_entries.At<std::uint16_t>(entry * kNameEntry + 2) == 0; }
 
