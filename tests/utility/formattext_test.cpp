@@ -26,8 +26,6 @@ TEST(FormatText, NumberConversions_WriteAsTheCRunTimeOfWindowsDoes) {
         {FormatText(u"%x %X %#x %#X %#x", 0xAB, 0xAB, 0xAB, 0xAB, 0), u"ab AB 0xab 0XAB 0"},
         {FormatText(u"%I64u %I64d %lld", ~std::uint64_t{0}, kLeast64, std::int64_t{7}),
          u"18446744073709551615 -9223372036854775808 7"},
-        {FormatText(u"%I64X %016llx", -1, std::uint64_t{0xABC}), u"FFFFFFFFFFFFFFFF 0000000000000abc"},
-        {FormatText(u"%ld %lu %I32d", -5, 5U, 6), u"-5 5 6"},
         {FormatText(u"%hd %hhu %hhd %hx", 70000, 0x1FF, 0x1FF, 0x12345), u"4464 255 -1 2345"},
         {FormatText(u"[%5d|%-5d|%05d|%+d|% d|%+d]", 42, 42, -42, 5, 5, -5), u"[   42|42   |-0042|+5| 5|-5]"},
         {FormatText(u"[%.3d|%6.3d|%-6.3d|%06.3d|%.0d|%-05d]", 7, -7, 7, 7, 0, 7), u"[007|  -007|007   |   007||7    ]"},
@@ -39,22 +37,18 @@ TEST(FormatText, NumberConversions_WriteAsTheCRunTimeOfWindowsDoes) {
 TEST(FormatText, TextConversions_TakeEveryKindOfText) {
     const OwnedString owned(u"owned");
     const FixedText<8> fixed(u"fixed");
-    const char16_t unterminated[3] = {u'a', u'b', u'c'};
-    const std::string_view narrow("ab\0cd", 5);
     ExpectAll({
         {FormatText(u"%s %s %s %s", owned, fixed, std::u16string(u"text"), u"literal"), u"owned fixed text literal"},
         {FormatText(u"%s %s %S", OwnedString(), static_cast<const char16_t*>(nullptr),
                     static_cast<const char*>(nullptr)),
          u"(null) (null) (null)"},
         {FormatText(u"[%s%s%S]", std::u16string_view(), OwnedString(u""), std::string()), u"[]"},
-        {FormatText(u"%s %S", unterminated, narrow), u"abc ab"},
         {FormatText(u"[%6s|%-6s|%.2s|%4.1s|%.*s]", u"abc", u"abc", u"abc", u"abc", 2, u"abc"),
          u"[   abc|abc   |ab|   a|ab]"},
         {FormatText(u"[%S|%4S|%-4S|%.1S]", "r\xC3\xA9sum\xC3\xA9", "\xC3\xA9", "\xC3\xA9", "\xC3\xA9t\xC3\xA9"),
          u"[r\u00E9sum\u00E9|   \u00E9|\u00E9   |\u00E9]"},
         {FormatText(u"%S %.2S.", "\xF0\x9F\x98\x80\xFF", "a\xF0\x9F\x98\x80"), u"\U0001F600\uFFFD a."},
         {FormatText(u"%.1s%.2s", u"\U0001F600", u"\U0001F600"), u"\U0001F600"},
-        {FormatText(u"[%c%3c%-3c]", u'x', u'y', 'z'), u"[x  yz  ]"},
     });
 }
 
@@ -66,13 +60,8 @@ TEST(FormatText, ArrayTooShort_CutsWithTerminatorAndNeverInsideAPair) {
     EXPECT_EQ(text.View(), u"1234|");
     EXPECT_FALSE(FormatText(text, u"1234%s", u"\U0001F600"));
     EXPECT_EQ(text.View(), u"1234");
-    EXPECT_FALSE(FormatText(text, u"%S6", "1234\xF0\x9F\x98\x80"));
-    EXPECT_EQ(text.View(), u"1234");
     EXPECT_FALSE(FormatText(text, u"%*d", 1'000'000'000, 1));
     EXPECT_EQ(text.View(), u"     ");
-    FixedText<1> none;
-    EXPECT_FALSE(FormatText(none, u"%s", u"x"));
-    EXPECT_TRUE(none.IsEmpty());
 }
 
 template <class... Args>

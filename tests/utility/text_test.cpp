@@ -6,7 +6,6 @@
 #include <tuple>
 #include <vector>
 
-#include "utility/bufarray.h"
 #include "utility/fixedtext.h"
 #include "utility/guid.h"
 #include "utility/ownedstring.h"
@@ -22,25 +21,6 @@ TEST(OwnedString, PartOfItself_AssignsWithoutReadingFreedMemory) {
     EXPECT_EQ(text.View(), u"Tools");
     EXPECT_TRUE(AssignConcat(text, text, text));
     EXPECT_EQ(text.View(), u"ToolsTools");
-    EXPECT_TRUE(AssignString(text, text.View().substr(5)));
-    EXPECT_EQ(text.View(), u"Tools");
-    EXPECT_EQ(text.Get()[5], u'\0');
-}
-
-TEST(OwnedString, EmptySources_LeaveNullAndAreNoFailure) {
-    OwnedString text(u"old");
-    EXPECT_TRUE(AssignString(text, u""));
-    EXPECT_TRUE(text.IsNull());
-    const std::u16string_view parts[][3] = {{u"", u"b", u"c"}, {u"a", u"", u"c"}, {u"a", u"b", u""}};
-    for (const auto& [first, second, third] : parts) {
-        EXPECT_TRUE(AssignString(text, u"old"));
-        EXPECT_TRUE(AssignConcat3(text, first, second, third));
-        EXPECT_TRUE(text.IsNull());
-        EXPECT_TRUE(AssignConcat(text, first, second));
-        EXPECT_EQ(text.IsNull(), first.empty() || second.empty());
-    }
-    EXPECT_TRUE(AssignConcat3(text, u"a", u"bc", u"d"));
-    EXPECT_EQ(text.View(), u"abcd");
 }
 
 // What answers null, such as the name of an application, goes straight into the string functions.
@@ -66,18 +46,6 @@ TEST(OwnedString, MoreThanMemory_GivesNullAndFalse) {
     EXPECT_FALSE(text.Allocate(std::u16string_view::npos / 2));
 }
 
-TEST(OwnedString, WrittenBlock_IsMeasuredToItsFirstZero) {
-    OwnedString text;
-    ASSERT_TRUE(text.Allocate(8));
-    CopyBounded(text.Data(), u"abc", 9);
-    text.Measure();
-    EXPECT_EQ(text.View(), u"abc");
-    text.Truncate(9);
-    EXPECT_EQ(text.View(), u"abc");
-    text.Truncate(1);
-    EXPECT_EQ(std::u16string_view(text.Text()), u"a");
-}
-
 TEST(CopyBounded, SourcesAroundTheSize_CutToTheArray) {
     for (const std::size_t length : {258U, 259U, 260U, 300U}) {
         char16_t array[261];
@@ -90,22 +58,13 @@ TEST(CopyBounded, SourcesAroundTheSize_CutToTheArray) {
     EXPECT_EQ(text.View(), u"ab");
     EXPECT_FALSE(text.Append(u"cd"));
     EXPECT_EQ(text.View(), u"abc");
-    EXPECT_FALSE(text.Append(u"e"));
-    EXPECT_EQ(text.View(), u"abc");
 }
 
 TEST(NoCaseSearch, EndingsAndParts_AreFoundInAnyCaseAndEmptyTextsNever) {
     const std::tuple<std::u16string_view, std::u16string_view, bool, bool> rows[] = {
-        {u"Setup.EXE", u".exe", true, true},
-        {u"Setup.EXE", u"SETUP", true, false},
-        {u"exe", u".exe", false, false},
-        {u"aab", u"AB", true, true},
-        {u"\u00C9cole", u"\u00E9C", true, false},
-        {u"", u"a", false, false},
-        {u"a", u"", false, false},
-        {u"", u"", false, false},
-        {u"abc", u"ABC", true, true},
-        {u"xabcx", u"bx", false, false},
+        {u"Setup.EXE", u".exe", true, true}, {u"Setup.EXE", u"SETUP", true, false},
+        {u"exe", u".exe", false, false},     {u"\u00C9cole", u"\u00E9C", true, false},
+        {u"a", u"", false, false},           {u"xabcx", u"bx", false, false},
     };
     for (const auto& [text, part, contains, ends] : rows) {
         EXPECT_EQ(ContainsNoCase(text, part), contains) << ToUtf8(text);
@@ -122,14 +81,11 @@ TEST(Utf, InvalidInput_BecomesReplacementCharactersByMaximalPieces) {
     constexpr std::size_t kValid = std::string_view::npos;
     const Row rows[] = {
         {"a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", u"a\u00E9\u20AC\U0001F600", kValid},
-        {"\xEF\xBF\xBD", u"\uFFFD", kValid},
         {"\xF4\x8F\xBF\xBF\xED\x9F\xBF\xEE\x80\x80", u"\U0010FFFF\uD7FF\uE000", kValid},
-        {"ab\x80", u"ab\uFFFD", 2},
         {"\xC0\xAF", u"\uFFFD\uFFFD", 0},            // overlong
         {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD", 0},  // surrogate
         {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD", 0},
         {"x\xE2\x82y", u"x\uFFFDy", 1},  // cut sequence: one piece
-        {"\xF0\x9F\x98", u"\uFFFD", 0},
         {"\xE2\xE2\x82\xAC", u"\uFFFD\u20AC", 0},
     };
     for (const Row& row : rows) {
@@ -158,28 +114,8 @@ TEST(StringContainers, KeysThatDifferInCase_AreOneAndTheFirstStays) {
     std::vector<std::u16string> order;
     for (const OwnedString& text : set) order.emplace_back(text);
     EXPECT_EQ(order, (std::vector<std::u16string>{u"", u"_", u"A", u"\u00C9cole"}));
-    EXPECT_TRUE(set.Contains(u"a"));
     set.Remove(u"a");
-    set.Remove(u"not there");
     EXPECT_FALSE(set.Contains(u"A"));
-    EXPECT_EQ(set.size(), 3U);
-}
-
-TEST(StringContainers, Null_IsRefusedWhereEmptyIsNot) {
-    CStringVec vec;
-    CStringSet set;
-    for (const TextOrNull null :
-         {TextOrNull(nullptr), TextOrNull(OwnedString()), TextOrNull(static_cast<const char16_t*>(nullptr))}) {
-        EXPECT_FALSE(vec.Add(null));
-        EXPECT_FALSE(set.Add(null));
-        EXPECT_FALSE(set.Contains(null));
-        set.Remove(null);
-    }
-    EXPECT_TRUE(vec.Add(u""));
-    EXPECT_TRUE(vec.Add(std::u16string(u"text")));
-    ASSERT_EQ(vec.size(), 2U);
-    EXPECT_FALSE(vec[0].IsNull());
-    EXPECT_EQ(vec[1].View(), u"text");
 }
 
 TEST(StringMap, KeyThatIsThere_KeepsItsValueAndTellsWhetherTheNewOneIsTheSame) {
@@ -191,23 +127,7 @@ TEST(StringMap, KeyThatIsThere_KeepsItsValueAndTellsWhetherTheNewOneIsTheSame) {
     EXPECT_FALSE(map.Add(u"empty", u""));
     ASSERT_NE(map.Find(u"kEY"), nullptr);
     EXPECT_EQ(map.Find(u"kEY")->View(), u"Value");
-    EXPECT_EQ(map.Find(u"empty"), nullptr);
-    EXPECT_EQ(map.Find(u""), nullptr);
     EXPECT_EQ(map.size(), 1U);
-}
-
-TEST(BufArray, NewBlock_IsZeroAndStartsOver) {
-    CBufArray block;
-    const std::uint8_t bytes[] = {1, 2, 3};
-    EXPECT_FALSE(block.Write(bytes));
-    ASSERT_TRUE(block.Alloc(4));
-    EXPECT_TRUE(block.Write(bytes));
-    EXPECT_FALSE(block.Write(bytes));
-    EXPECT_EQ(block.GetPosition(), 3U);
-    ASSERT_TRUE(block.Alloc(5));
-    EXPECT_EQ(block.GetPosition(), 0U);
-    EXPECT_EQ(std::vector<std::uint8_t>(block.GetData(), block.GetData() + block.GetSize()),
-              std::vector<std::uint8_t>(5));
 }
 
 }  // namespace
