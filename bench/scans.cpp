@@ -62,7 +62,7 @@ void AddCom(MachineBuilder& builder, int scale, const char16_t* view, int first)
     for (int i = first; i < first + scale * 15; ++i) {
         const std::u16string key = base + u"Interface\\" + Id(u"1FAC", i);
         builder.Text(key + u"\\TypeLib", u"", Id(u"71B0", i % 2 == 0 ? -1 : i / 10));
-        builder.Text(key + u"\\ProxyStubClsid32", u"", Id(u"0A57", i % 100));
+        builder.Text(key + u"\\ProxyStubClsid32", u"", Id(u"0A57", i % 2 == 0 ? i % 100 : 1000 + i / 10));
     }
 }
 

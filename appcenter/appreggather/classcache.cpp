@@ -18,6 +18,7 @@ void CClassCache::ScanClasses(KeyHandle root, bool view64) {
     CWFYRegKey key;
     if (Failed(key.Open(root, u"SOFTWARE\\Classes", view64, false))) return;
     SubKeyReader reader(key, view64);
+    if (m_handled.Count() == 0) m_handled.Reserve(key.KeyCount());
     ForEachSubKey(key, [&](const OwnedString& name) {
         if (m_handled.Find(name) != TextIndex::kNone) return true;
         switch (name.View().front()) {
@@ -37,9 +38,12 @@ void CClassCache::ScanClasses(KeyHandle root, bool view64) {
 
 void CClassCache::Enter(CMultiMap& map, OwnedString key, std::u16string_view name) {
     if (key.IsEmpty()) return;
-    OwnedString copy(name);
-    if (copy.IsEmpty()) return;
-    const std::uint32_t number = m_handled.Add(std::move(copy)).first;
+    std::uint32_t number = m_handled.Find(name);
+    if (number == TextIndex::kNone) {
+        OwnedString copy(name);
+        if (copy.IsEmpty()) return;
+        number = m_handled.Add(std::move(copy)).first;
+    }
     map.Add(std::move(key), m_handled.Text(number));
 }
 

@@ -29,9 +29,9 @@ CComCache::CComCache() {
 
 std::uint32_t CComCache::PathNumber(OwnedString& text) {
     if (text.IsEmpty()) return TextIndex::kNone;
+    if (const std::uint32_t known = m_rawPaths.Find(text); known != TextIndex::kNone) return m_rawPaths[known];
     OwnedString path(text.View());
-    const auto [raw, isNew] = m_rawPaths.Add(std::move(text));
-    if (!isNew) return m_rawPaths[raw];
+    const std::uint32_t raw = m_rawPaths.Add(std::move(text)).first;
     m_rawPaths[raw] = TextIndex::kNone;
     ExpandPath(path);
     return m_rawPaths[raw] = m_paths.AddOrNone(std::move(path));
@@ -41,6 +41,7 @@ void CComCache::ScanClasses(bool view64) {
     CWFYRegKey key;
     if (!OpenClassesKey(key, u"SOFTWARE\\Classes\\CLSID", view64)) return;
     SubKeyReader reader(key, view64);
+    if (!view64) m_classIds.Reserve(key.KeyCount()), m_classes.reserve(key.KeyCount());
     ForEachSubKey(key, [&](OwnedString& id) {
         const std::uint32_t known = m_classIds.Find(id);
         if (known == TextIndex::kNone || m_classIds[known].record == TextIndex::kNone) ScanClass(reader, id);
@@ -107,6 +108,7 @@ void CComCache::ScanInterfaces(bool view64) {
     CWFYRegKey key;
     if (!OpenClassesKey(key, u"SOFTWARE\\Classes\\Interface", view64)) return;
     SubKeyReader reader(key, view64);
+    if (!view64) m_interfaceIds.Reserve(key.KeyCount()), m_interfaces.reserve(key.KeyCount());
     ForEachSubKey(key, [&](OwnedString& id) {
         if (m_interfaceIds.Find(id) == TextIndex::kNone) ScanInterface(reader, id);
         return true;

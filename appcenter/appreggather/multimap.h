@@ -20,6 +20,11 @@ class TextIndex {
   public:
     static constexpr std::uint32_t kNone = UINT32_MAX;
 
+    // Makes room for so many more texts.
+    void Reserve(std::size_t more) {
+        m_texts.reserve(m_texts.size() + more);
+        m_numbers.Reserve(m_texts.size() + more);
+    }
     // The number of the text, and whether it is new. The text must not be null.
     std::pair<std::uint32_t, bool> Add(OwnedString text) {
         const auto number = static_cast<std::uint32_t>(m_texts.size());
@@ -55,6 +60,10 @@ class TextTable : public TextIndex {
     std::pair<std::uint32_t, bool> Add(OwnedString text) {
         MakeRoom();
         return TextIndex::Add(std::move(text));
+    }
+    void Reserve(std::size_t more) {
+        TextIndex::Reserve(more);
+        m_values.reserve(Count() + more + 1);
     }
     std::uint32_t AddSpelled(OwnedString text) {
         MakeRoom();
