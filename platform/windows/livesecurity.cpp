@@ -27,6 +27,7 @@ Win32Error Collect(Names& names, Call call, Name name) {
         const auto* entries = reinterpret_cast<const Entry*>(block.Get());
         for (DWORD i = 0; i < count; ++i) names.push_back(CopyWide(name(entries[i])));
         if (status == NERR_Success) return kErrorSuccess;
+        if (count == 0) return status;  // more is promised and none comes
     }
 }
 

@@ -46,7 +46,7 @@ Numbered OfflineAccounts::NumbersAndNames(const std::u16string& key) {
     std::vector<std::byte> data;
     for (std::u16string& name : ReadSubKeyNames(m_registry, kHkeyLocalMachine, key.c_str())) {
         std::uint32_t number = 0;
-        const std::u16string path = key + u"\\" + name;
+        const std::u16string path = FormatText(u"%s\\%s", key, name);
         if (!ReadRegistryBytes(m_registry, kHkeyLocalMachine, path.c_str(), u"", number, data)) continue;
         names.emplace_back(number, std::move(name));
     }
