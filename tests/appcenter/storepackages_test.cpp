@@ -151,7 +151,7 @@ class GoesOnFor : public IContinue {
 
 TEST_F(StorePackagesTest, CancelledLoad_KeepsThePackagesSoFar) {
     for (const char16_t* full : {u"A_1.0.0.0_x64__p", u"B_1.0.0.0_x64__p", u"C_1.0.0.0_x64__p"}) {
-        Package(full, u"F_p", Manifest("1.0.0.0"));
+        Package(full, std::u16string(1, full[0]) + u"_p", Manifest("1.0.0.0"));
     }
     Start();
     for (const int times : {0, 1, 2, 3, 4}) {
