@@ -52,7 +52,7 @@ TEST_F(RegGatherTest, Tokens_AreTheRunsOfWholeWordsAndThenAllOfThemWithADot) {
          ".FooBar 2|.Foo|.Foo-Bar 2|.FooBar|.2|.Bar 2|.Foo-Bar|.Bar|",
          0},
         {u"Tool Box Pro", u"BOXY", u"",
-         "Tool Box Pro|BOXY|Box Pro|Tool Box|Pro|Box|.Tool Box Pro|.BOXY|.Box Pro|.Tool Box|.Pro|.Box|", 0},
+         "Tool Box Pro|BOXY|Box Pro|Tool Box|Pro|Box|.Tool Box Pro|.BOXY|.Tool|.Box Pro|.Tool Box|.Pro|.Box|", 0},
         // Seeds are queued even when they are equal; what stands behind the "-" is an empty part.
         {u"Desk-", u"", u"desk", "Desk|Desk|Desk-|.Desk|.Desk-|.|", 0},
         {u"Setup", u"{Ab}", u"12.5", "{Ab}|Ab|.Setup|.{Ab}|.12.5|.Ab|", 0},
