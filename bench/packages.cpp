@@ -1,12 +1,15 @@
 // Installer packages: what the catalogue reads of one, and all tables of a large one, beside the bare fetch of the
-// same rows through the seam, which is the limit. The argument is the number of registry rows.
+// same rows through the seam, which is the limit. The argument is the number of registry rows, or that of packages on a
+// disk. of_texts tells what loaded tables take, as a multiple of the bytes of their texts.
 #include <benchmark/benchmark.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <functional>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <vector>
@@ -17,9 +20,35 @@
 #include "msianalyzer/tables/icontable.h"
 #include "msianalyzer/tables/propertytable.h"
 #include "msianalyzer/tables/registrytable.h"
+#include "platform/recorded/openmachine.h"
 #include "tests/support/machinebuilder.h"
 #include "tests/support/packagewriter.h"
 #include "tests/support/tempfolder.h"
+
+namespace {
+
+// Bytes that are allocated now. Each block has its size in front.
+std::atomic<std::size_t> g_allocated = 0;
+constexpr std::size_t kSizeField = alignof(std::max_align_t);
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+    auto* const block = static_cast<std::byte*>(std::malloc(size + kSizeField));
+    if (block == nullptr) throw std::bad_alloc();
+    ::new (block) std::size_t(size);
+    g_allocated += size;
+    return block + kSizeField;
+}
+
+void operator delete(void* memory) noexcept {
+    if (memory == nullptr) return;
+    std::byte* const block = static_cast<std::byte*>(memory) - kSizeField;
+    g_allocated -= *std::launder(reinterpret_cast<std::size_t*>(block));
+    std::free(block);
+}
+
+void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
 
 namespace roundup {
 namespace {
@@ -83,25 +112,63 @@ class PackageMachine {
     std::optional<MachineScope> m_scope;
 };
 
-InstallerHandle Open(IInstaller& installer) {
+// A recorded folder with so many cached packages of 300 registry rows, which a few writings share: what differs between
+// them is where they lie on the disk.
+class PackageFolder {
+  public:
+    explicit PackageFolder(int packages) {
+        m_folder.Write("machine.ini", "");
+        std::vector<std::string> writings;
+        for (int i = 0; i < 8; ++i) writings.push_back(MakePackage(kRows + 10 * i));
+        for (int i = 0; i < packages; ++i) {
+            const std::string name = std::to_string(100000 + i) + ".msi";
+            m_folder.Write("drives/C/Windows/Installer/" + name, writings[static_cast<std::size_t>(i) % 8]);
+            paths.push_back(u"C:\\Windows\\Installer\\" + std::u16string(name.begin(), name.end()));
+        }
+        OpenOptions options;
+        options.folder = m_folder.Text();
+        SourceError error{};
+        m_machine = OpenRecordedMachine(options, error);
+        if (m_machine == nullptr) std::abort();
+        m_scope.emplace(*m_machine);
+    }
+    IInstaller& Installer() { return m_machine->Installer(); }
+
+    std::vector<std::u16string> paths;
+
+  private:
+    static constexpr int kRows = 300;
+
+    TempFolder m_folder;
+    std::unique_ptr<Machine> m_machine;
+    std::optional<MachineScope> m_scope;
+};
+
+constexpr const char16_t* kPackage = u"C:\\a.msi";
+
+InstallerHandle Open(IInstaller& installer, const char16_t* path = kPackage) {
     InstallerHandle database = 0;
-    if (installer.OpenDatabase(u"C:\\a.msi", database) != kErrorSuccess) std::abort();
+    if (installer.OpenDatabase(path, database) != kErrorSuccess) std::abort();
     return database;
 }
 
-// Fetches all rows and asks for every column by its kind: t, i or s as the query has them.
+// Fetches all rows and asks for every column by its kind: t, i or s as the query has them. Answers the bytes of the
+// texts.
 std::uint64_t BareFetch(IInstaller& installer, InstallerHandle database, const char16_t* query, const char* kinds) {
     InstallerHandle view = 0;
     if (installer.OpenView(database, query, view) != kErrorSuccess) return 0;
     if (installer.ExecuteView(view) != kErrorSuccess) std::abort();
-    std::uint64_t rows = 0;
+    std::uint64_t texts = 0;
     InstallerHandle record = 0;
     std::vector<std::byte> stream;
-    for (; installer.FetchRecord(view, record) == kErrorSuccess; ++rows) {
+    while (installer.FetchRecord(view, record) == kErrorSuccess) {
         for (std::uint32_t column = 1; kinds[column - 1] != '\0'; ++column) {
             char16_t buffer[1024];
             std::uint32_t length = 1024;
-            if (kinds[column - 1] == 't') (void)installer.GetString(record, column, buffer, length);
+            if (kinds[column - 1] == 't') {
+                (void)installer.GetString(record, column, buffer, length);
+                texts += length * sizeof(char16_t);
+            }
             if (kinds[column - 1] == 'i') benchmark::DoNotOptimize(installer.GetInteger(record, column));
             if (kinds[column - 1] == 's') {
                 stream.resize(installer.GetDataSize(record, column));
@@ -113,7 +180,7 @@ std::uint64_t BareFetch(IInstaller& installer, InstallerHandle database, const c
         installer.CloseHandle(record);
     }
     installer.CloseHandle(view);
-    return rows;
+    return texts;
 }
 
 constexpr const char16_t* kProperties = u"SELECT `Property`, `Value` FROM `Property`";
@@ -124,16 +191,16 @@ constexpr const char16_t* kComponents =
 constexpr const char16_t* kRegistry =
     u"SELECT `Registry`, `Root`, `Key`, `Name`, `Value`, `Component_` FROM `Registry`";
 
-void BareProduct(IInstaller& installer) {
-    const InstallerHandle database = Open(installer);
+void BareProduct(IInstaller& installer, const char16_t* path = kPackage) {
+    const InstallerHandle database = Open(installer, path);
     BareFetch(installer, database, kProperties, "tt");
     BareFetch(installer, database, kIcons, "ts");
     installer.CloseHandle(database);
 }
 
-void Product() {
+void Product(const char16_t* path = kPackage) {
     const ProductInfoPtr info(CreateMSIProductInfo());
-    if (Failed(info->Open(u"C:\\a.msi"))) std::abort();
+    if (Failed(info->Open(path))) std::abort();
     OwnedString text;
     Ignore(info->GetProductName(&text), u"timed alone");
     std::unique_ptr<std::byte[]> icon;
@@ -141,28 +208,31 @@ void Product() {
     if (Failed(info->GetProductIcon(&icon, &size))) std::abort();
 }
 
-void BareTables(IInstaller& installer) {
+std::uint64_t BareTables(IInstaller& installer) {
     const InstallerHandle database = Open(installer);
-    BareFetch(installer, database, kProperties, "tt");
-    BareFetch(installer, database, kIcons, "ts");
-    BareFetch(installer, database, kFiles, "ttttt");
-    BareFetch(installer, database, kComponents, "tttit");
-    BareFetch(installer, database, kRegistry, "titttt");
+    const std::uint64_t texts =
+        BareFetch(installer, database, kProperties, "tt") + BareFetch(installer, database, kIcons, "ts") +
+        BareFetch(installer, database, kFiles, "ttttt") + BareFetch(installer, database, kComponents, "tttit") +
+        BareFetch(installer, database, kRegistry, "titttt");
     installer.CloseHandle(database);
+    return texts;
 }
 
-void AllTables(IInstaller& installer) {
-    const InstallerHandle database = Open(installer);
+// Answers the bytes that the tables take while they are there.
+std::size_t AllTables(IInstaller& installer) {
+    const std::size_t before = g_allocated;
     CPropertyTableAnalyzer properties;
     CIconTableAnalyzer icons;
     CFileTableAnalyzer files;
     CComponentTableAnalyzer components;
     CRegistryTableAnalyzer registry(1);
     CTableAnalyzer* const tables[] = {&properties, &icons, &files, &components, &registry};
+    const InstallerHandle database = Open(installer);
     for (CTableAnalyzer* table : tables) {
         if (Failed(table->Analyze(database)) || table->GetRows().IsEmpty()) std::abort();
     }
     installer.CloseHandle(database);
+    return g_allocated - before;
 }
 
 // Both in turn, by the processor's time: what else the computer does meanwhile does not count.
@@ -186,14 +256,29 @@ void Compare(benchmark::State& state, const std::function<void()>& work, const s
 
 void ReadProduct(benchmark::State& state) {
     PackageMachine machine(static_cast<int>(state.range(0)));
-    Compare(state, Product, [&] { BareProduct(machine.Installer()); });
+    Compare(
+        state, [] { Product(); }, [&] { BareProduct(machine.Installer()); });
 }
 BENCHMARK(ReadProduct)->Arg(500)->Arg(20000)->UseManualTime()->Unit(benchmark::kMicrosecond);
+
+// All packages of a machine, one after the other.
+void ReadProducts(benchmark::State& state) {
+    PackageFolder machine(static_cast<int>(state.range(0)));
+    const auto each = [&](const auto& work) {
+        for (const std::u16string& path : machine.paths) work(path.c_str());
+    };
+    Compare(
+        state, [&] { each([](const char16_t* path) { Product(path); }); },
+        [&] { each([&](const char16_t* path) { BareProduct(machine.Installer(), path); }); });
+}
+BENCHMARK(ReadProducts)->Arg(200)->Arg(2000)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 void LoadTables(benchmark::State& state) {
     PackageMachine machine(static_cast<int>(state.range(0)));
     Compare(
         state, [&] { AllTables(machine.Installer()); }, [&] { BareTables(machine.Installer()); });
+    state.counters["of_texts"] =
+        static_cast<double>(AllTables(machine.Installer())) / static_cast<double>(BareTables(machine.Installer()));
 }
 BENCHMARK(LoadTables)->Arg(500)->Arg(5000)->Arg(20000)->UseManualTime()->Unit(benchmark::kMicrosecond);
 
