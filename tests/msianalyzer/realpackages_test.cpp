@@ -46,7 +46,8 @@ class RealPackages : public MachineTest {
             const CFileTableRow* key = nullptr;
             if (Failed(package.FindFile(component.keyPath, key)) || component.componentId.empty()) continue;
             const std::u16string folder = std::u16string(u"C:\\Real\\").append(component.component).append(u"\\");
-            InstallComponent(builder, product, component.componentId, folder + std::u16string(GetLongName(key->fileName)));
+            InstallComponent(builder, product, component.componentId,
+                             folder + std::u16string(GetLongName(key->fileName)));
             for (const RowIndex::Entry& file : package.RowsByParent(MsiTable::File).Range(component.component)) {
                 const auto& row = RowOf<CFileTableRow>(file);
                 const std::u16string path = folder + std::u16string(GetLongName(row.fileName));
