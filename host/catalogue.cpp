@@ -81,6 +81,9 @@ bool Catalogue::CollectApps() {
     return true;
 }
 
+// The bridge shows the applications as constant; the objects are the manager's own, which are not.
+IApp& Catalogue::Writable(const IApp& app) { return const_cast<IApp&>(app); }
+
 std::vector<Catalogue::Listed> Catalogue::Records() {
     std::vector<Listed> listed;
     for (IRmxApp* record : EnumRecords()) {

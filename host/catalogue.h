@@ -53,6 +53,8 @@ class Catalogue {
 
     // The manager's list: applications first, then packages.
     const std::vector<const IApp*>& Apps() const { return m_apps; }
+    // The same object of that forest, to be gathered.
+    static IApp& Writable(const IApp& app);
 
   private:
     class Observer;

@@ -22,6 +22,7 @@ constexpr const char* kEpilogue =
     "  roundup list --publisher 'Otter*' --larger-than 100M --sort size\n"
     "  roundup diff monday.json /mnt/windows\n"
     "  roundup show '{1D2C96C3-A3F3-49E7-B839-95279DED837F}' --machine /mnt/windows --user Ann\n"
+    "  roundup gather PustelginNotes --machine samples/machine --store kept\n"
     "  roundup uninstall PustelginNotes --machine samples/machine --dry-run";
 
 // A choice of names for an enumeration, as CLI11 wants it.
@@ -134,6 +135,15 @@ ParsedCommandLine ParseCommandLine(std::vector<std::string> arguments) {
     AddMachineOptions(*show, options);
     AddChoice<Format>(*show, "--format", showFormat, {{"text", Format::Text}, {"json", Format::Json}}, "text or json");
 
+    Format gatherFormat = Format::Text;
+    CLI::App* gather = app.add_subcommand("gather", "Work out what belongs to an application");
+    AddApplication(*gather, options);
+    AddMachineOptions(*gather, options);
+    gather->add_option("--store", options.store, "keep the store pair of each application in that folder")
+        ->option_text("DIR");
+    AddChoice<Format>(*gather, "--format", gatherFormat, {{"text", Format::Text}, {"json", Format::Json}},
+                      "text (a summary) or json");
+
     CLI::App* uninstall = app.add_subcommand("uninstall", "Run the uninstaller of an application and wait for it");
     AddApplication(*uninstall, options);
     AddMachineOptions(*uninstall, options);
@@ -161,6 +171,11 @@ ParsedCommandLine ParseCommandLine(std::vector<std::string> arguments) {
     if (show->parsed() || uninstall->parsed()) {
         options.command = show->parsed() ? Command::Show : Command::Uninstall;
         options.format = showFormat;
+        options.progress = ProgressStyle::None;
+    }
+    if (gather->parsed()) {
+        options.command = Command::Gather;
+        options.format = gatherFormat;
         options.progress = ProgressStyle::None;
     }
     if (report->parsed()) options.command = Command::Report;

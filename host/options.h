@@ -10,7 +10,7 @@
 
 namespace roundup::host {
 
-enum class Command { List, Show, Uninstall, Diff, Report };
+enum class Command { List, Show, Gather, Uninstall, Diff, Report };
 enum class Format { Table, Tree, Json, JsonLines, Csv, Text };
 enum class ProgressStyle { Auto, Bar, Plain, None };
 
@@ -32,6 +32,7 @@ struct Options {
     std::optional<std::string> name;
     ListFilter filter;                // of list
     std::array<std::string, 2> diff;  // machines or files
+    std::string store;                // folder for the stores of a gather; empty: they are not kept
     std::string html;                 // file of the report
     bool dryRun = false;
     bool verbose = false;

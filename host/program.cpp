@@ -8,6 +8,7 @@
 #include "host/catalogue.h"
 #include "host/complain.h"
 #include "host/findapp.h"
+#include "host/gather.h"
 #include "host/report.h"
 #include "host/terminal.h"
 #include "host/textout.h"
@@ -101,6 +102,7 @@ int RunCommand(const Options& options) {
     if (options.command == Command::Report) return Report(options, catalogue);
     const Found found = FindApp(catalogue.Apps(), options);
     if (found.app == nullptr) return Complain(NotFoundMessage(options));
+    if (options.command == Command::Gather) return Gather(options, found);
     return options.command == Command::Show ? Show(options, found) : Uninstall(options, catalogue, found);
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -48,6 +49,10 @@ class RecordedFileSystem final : public IFileSystem {
     // The self-relative security descriptor of what stands at the path; empty where the source shows none.
     std::vector<std::byte> ReadSecurity(const char16_t* path);
 
+    // Whole paths of the files that have been opened for writing and lie in memory, each once, in that order; some may
+    // have gone again.
+    std::vector<std::u16string> WrittenPaths() const;
+
   private:
     struct OpenFile {
         std::unique_ptr<IFileStream> stream;
@@ -88,6 +93,8 @@ class RecordedFileSystem final : public IFileSystem {
     HandleTable<OpenFile> m_files;
     HandleTable<OpenFind> m_finds;
     ShareTable m_shares;
+    mutable std::mutex m_writtenLock;
+    std::vector<std::u16string> m_written;  // guarded by m_writtenLock
 };
 
 }  // namespace roundup

@@ -59,6 +59,7 @@ class RecordedMachine final : public Machine {
 
     IRegistry& Registry() override { return m_registry; }
     IFileSystem& Files() override { return m_files; }
+    RecordedFileSystem& RecordedFiles() noexcept { return m_files; }
     IProfile& Profile() override { return m_profile; }
     IShell& Shell() override { return m_shell; }
     IInstaller& Installer() override { return m_installer; }
