@@ -17,6 +17,7 @@ bool OpenClassesKey(CWFYRegKey& key, const char16_t* path, bool view64) {
 
 }  // namespace
 
+// A hive lists a name once: only the second pass can meet one that is there already.
 CComCache::CComCache() {
     for (const bool view64 : {false, true}) {
         if (view64 && !Is64BitOS()) break;
@@ -43,7 +44,7 @@ void CComCache::ScanClasses(bool view64) {
     SubKeyReader reader(key, view64);
     if (!view64) m_classIds.Reserve(key.KeyCount()), m_classes.reserve(key.KeyCount());
     ForEachSubKey(key, [&](OwnedString& id) {
-        const std::uint32_t known = m_classIds.Find(id);
+        const std::uint32_t known = view64 ? m_classIds.Find(id) : TextIndex::kNone;
         if (known == TextIndex::kNone || m_classIds[known].record == TextIndex::kNone) ScanClass(reader, id);
         return true;
     });
@@ -75,7 +76,7 @@ void CComCache::ScanTypeLibraries(bool view64) {
     if (!OpenClassesKey(key, u"SOFTWARE\\Classes\\TypeLib", view64)) return;
     SubKeyReader reader(key, view64);
     ForEachSubKey(key, [&](OwnedString& id) {
-        const std::uint32_t known = m_libraryIds.Find(id);
+        const std::uint32_t known = view64 ? m_libraryIds.Find(id) : TextIndex::kNone;
         if (known == TextIndex::kNone || m_libraryIds[known].library == TextIndex::kNone) {
             ScanTypeLibrary(reader, view64, id);
         }
@@ -110,7 +111,7 @@ void CComCache::ScanInterfaces(bool view64) {
     SubKeyReader reader(key, view64);
     if (!view64) m_interfaceIds.Reserve(key.KeyCount()), m_interfaces.reserve(key.KeyCount());
     ForEachSubKey(key, [&](OwnedString& id) {
-        if (m_interfaceIds.Find(id) == TextIndex::kNone) ScanInterface(reader, id);
+        if (!view64 || m_interfaceIds.Find(id) == TextIndex::kNone) ScanInterface(reader, id);
         return true;
     });
 }
