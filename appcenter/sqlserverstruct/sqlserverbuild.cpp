@@ -18,7 +18,7 @@ void FindSrFolder(SqlServerInfo& info) {
             folder[0] = instance.RootFolder[0];
             if (!PathExists(folder)) continue;
         }
-        info.SrFolders.Add(folder, folder);
+        info.SrFolders.try_emplace(folder, folder);
         return;
     }
 }

@@ -46,8 +46,8 @@ class CacheWriter {
         for (const std::u16string& text : texts) Text(text);
     }
     void Accounts(const SqlMap<SqlTexts>& accounts) {
-        Number(accounts.Entries().size());
-        for (const auto& [path, names] : accounts.Entries()) {
+        Number(accounts.size());
+        for (const auto& [path, names] : accounts) {
             Text(path);
             Texts(names);
         }
@@ -78,8 +78,8 @@ void WriteRecord(const SqlServerInfo& info, CacheWriter& writer) {
     writer.Texts(info.ServiceKeys);
     writer.Accounts(info.FolderAccounts);
     writer.Accounts(info.RegistryAccounts);
-    writer.Number(info.GroupMembers.Entries().size());
-    for (const auto& [member, group] : info.GroupMembers.Entries()) {
+    writer.Number(info.GroupMembers.size());
+    for (const auto& [member, group] : info.GroupMembers) {
         writer.Text(member);
         writer.Text(group);
     }

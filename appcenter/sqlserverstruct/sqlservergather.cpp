@@ -29,8 +29,7 @@ void AddInstanceRules(const SqlServerInfo& info, const SqlInstanceInfo& instance
                                          &instance.ErrorDumpDir, &instance.ErrorLogFile, &instance.WorkingDirectory}) {
         (void)rules.AddIncludedDirectory(*folder);
     }
-    const auto& folders = info.SrFolders.Entries();
-    if (!folders.empty()) (void)rules.AddIncludedDirectory(folders.front().second);
+    if (!info.SrFolders.empty()) (void)rules.AddIncludedDirectory(info.SrFolders.begin()->second);
 }
 
 // The drive of a path as it is compared: its first two characters, ignoring case.

@@ -51,7 +51,7 @@ ResultCode ReadLocalGroups(SqlServerInfo& info) {
         if (group.find(u'$') == std::u16string::npos) continue;
         SqlTexts members;
         if (const Win32Error error = security.GetGroupMembers(group.c_str(), members); error == kErrorSuccess) {
-            for (const std::u16string& member : members) info.GroupMembers.Set(member, group);
+            for (const std::u16string& member : members) info.GroupMembers.insert_or_assign(member, group);
         } else {
             SkipIf(error);
         }
@@ -62,7 +62,7 @@ ResultCode ReadLocalGroups(SqlServerInfo& info) {
 
 void AddFileAccounts(const std::u16string& path, SqlServerInfo& info) {
     if (SqlTexts accounts = FindSqlAccounts(path, SqlObjectKind::FileOrFolder); !accounts.empty()) {
-        info.FolderAccounts.Add(path, std::move(accounts));
+        info.FolderAccounts.try_emplace(path, std::move(accounts));
     }
 }
 
@@ -99,15 +99,15 @@ void ReadKeyAccounts(SqlServerInfo& info) {
                 std::u16string path(parent);
                 path.append(name).append(own);
                 SqlTexts accounts = FindSqlAccounts(u"MACHINE\\" + path, SqlObjectKind::RegistryKey);
-                if (!accounts.empty()) info.RegistryAccounts.Set(path, std::move(accounts));
+                if (!accounts.empty()) info.RegistryAccounts.insert_or_assign(path, std::move(accounts));
             }
         }
     }
 }
 
 void ReadSrAccounts(SqlServerInfo& info) {
-    if (info.SrFolders.Entries().empty()) return;
-    const std::u16string folder = info.SrFolders.Entries().front().second;
+    if (info.SrFolders.empty()) return;
+    const std::u16string folder = info.SrFolders.begin()->second;
     for (FileSearch search((folder + u"\\*").c_str()); search.Next();) {
         if (!search.IsFolder()) AddFileAccounts(folder + u"\\" + std::u16string(search.Name()), info);
     }
