@@ -33,12 +33,17 @@ FileMask::FileMask(std::u16string_view mask) {
     }
     if (cut && m_mask.back() == u'*') m_mask.back() = kDosStar;
     std::transform(m_mask.begin(), m_mask.end(), m_mask.begin(), ToUpper);
+    m_literal = std::min(m_mask.find_first_of(u"*?<>\""), m_mask.size());
 }
 
 // A walk of all ways through the mask at once: state[i] says that the name read so far can stand before place i of
 // the mask. It costs mask times name at most, whatever the mask.
 bool FileMask::Matches(std::u16string_view name) const {
     if (MatchesAll()) return true;
+    // Most names of a large folder differ from the mask before its first wildcard.
+    for (std::size_t i = 0; i < m_literal; ++i) {
+        if (i == name.size() || ToUpper(name[i]) != m_mask[i]) return false;
+    }
     if (!m_wild)
         return std::equal(name.begin(), name.end(), m_mask.begin(), m_mask.end(),
                           [](char16_t a, char16_t b) { return ToUpper(a) == b; });

@@ -1,6 +1,7 @@
 // The masks of FindFirstFileW.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -23,6 +24,7 @@ class FileMask {
   private:
     std::u16string m_mask;  // upper-cased
     bool m_wild = false;
+    std::size_t m_literal = 0;  // characters in front of the first wildcard
 };
 
 }  // namespace roundup
