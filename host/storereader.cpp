@@ -91,9 +91,10 @@ class Cursor {
 bool ReadRegistryItems(std::uint32_t type, std::span<const std::byte> record, std::vector<StoreItem>& items) {
     const std::size_t size = record.size();
     const bool wideEnd = size >= sizeof kWideEndMark && ByteView(record).At<std::uint64_t>(size - 8) == kWideEndMark;
-    const bool shortRoot = type == ItemType::kUninstallRegistry && !wideEnd;
+    const bool isOwn = !wideEnd && (type == ItemType::kRegistry || type == ItemType::kUninstallRegistry);
+    const bool shortRoot = isOwn && type == ItemType::kUninstallRegistry;
     Cursor cursor(record);
-    while (wideEnd ? !cursor.Is(kWideEndMark) : !cursor.Is(kEndMark)) {
+    while (isOwn ? !cursor.Is(kEndMark) : !cursor.Is(kWideEndMark)) {
         StoreItem item;
         std::uint32_t root = 0;
         if (!(shortRoot ? cursor.Take(root) : cursor.Take(item.root))) return false;
