@@ -97,10 +97,9 @@ void AddRecords(std::map<std::uint32_t, Group>& groups, const CApp& app) {
     if (!ReadStorePair(app, pair)) return;
     for (const StoreEntry& entry : pair.entries) {
         Group& group = groups.try_emplace(entry.type, StoreTypeName(entry.type)).first->second;
-        const bool inside = entry.offset <= pair.data.size() && entry.size <= pair.data.size() - entry.offset;
         std::vector<StoreItem> items;
-        const auto record = std::span(pair.data).subspan(inside ? entry.offset : 0, inside ? entry.size : 0);
-        const bool whole = inside && ReadStoreRecord(entry.type, record, items);
+        const std::span<const std::byte> record = pair.Record(entry);
+        const bool whole = record.size() == entry.size && ReadStoreRecord(entry.type, record, items);
         if (IsRegistryType(entry.type)) {
             AddRegistry(group, entry.type, items);
         } else {
