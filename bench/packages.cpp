@@ -3,7 +3,6 @@
 // disk. of_texts tells what loaded tables take, as a multiple of the bytes of their texts.
 #include <benchmark/benchmark.h>
 
-#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -27,8 +26,8 @@
 
 namespace {
 
-// Bytes that are allocated now. Each block has its size in front.
-std::atomic<std::size_t> g_allocated = 0;
+// Bytes that are allocated now; one thread is all there is. Each block has its size in front.
+std::size_t g_allocated = 0;
 constexpr std::size_t kSizeField = alignof(std::max_align_t);
 
 }  // namespace
