@@ -65,8 +65,8 @@ class CApp : public CKvObject<IApp> {
     // Normalises the location, here and below, and follows its mount points into pwszRealInstallLoc.
     void ResolveRealLocation();
 
-    // Takes in a path that a source of a gather has found: a file of size bytes, or a directory (FileType). A path counts
-    // once. BadArgument for one that is empty or has 520 or more characters.
+    // Takes in a path that a source of a gather has found: a file of size bytes, or a directory (FileType). A path
+    // counts once. BadArgument for one that is empty or has 520 or more characters.
     ResultCode AddFile(const char16_t* path, std::uint64_t size, std::uint32_t type);
     // The same for a file whose path is long already, whether it has been counted or not.
     ResultCode AddGatheredFile(const OwnedString& path, std::uint64_t size, std::uint32_t type);

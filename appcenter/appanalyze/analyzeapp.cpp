@@ -22,9 +22,8 @@ namespace {
 
 // The cached package does not count: it lies there for every product of the installer.
 bool HasFiles(const CApp& app) {
-    return std::any_of(app.Files.begin(), app.Files.end(), [](const std::unique_ptr<CWFYFile>& file) {
-        return file->dwType != FileType::kPackage;
-    });
+    return std::any_of(app.Files.begin(), app.Files.end(),
+                       [](const std::unique_ptr<CWFYFile>& file) { return file->dwType != FileType::kPackage; });
 }
 
 // One analysis, its sources named in the order in which Run calls them.

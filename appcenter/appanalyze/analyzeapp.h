@@ -10,9 +10,9 @@ class CAppConfigStore;
 class IRemoveRepeatReg;
 
 // Feeds the root, and the store of the application, with what the rules, the locations, the machine-wide scans and the
-// registry tell of app, which is root itself or hangs below it. filter is that of the whole gather. Failures of a source
-// are logged and the next one follows, but for two: GeneralFailure when the root has no file in the end, and that of
-// the shortcut record. One thread.
+// registry tell of app, which is root itself or hangs below it. filter is that of the whole gather. Failures of a
+// source are logged and the next one follows, but for two: GeneralFailure when the root has no file in the end, and
+// that of the shortcut record. One thread.
 ResultCode AnalyzeApp(CApp& app, CAppConfigStore& store, CApp& root, IRemoveRepeatReg* filter);
 
 // The sink of a gather: context is the CApp that takes the item in.

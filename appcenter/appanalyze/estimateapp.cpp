@@ -106,8 +106,7 @@ class Estimate {
     }
 
     void QueueFolders(const CApp& app, FolderWalk& walk) {
-        const CAppRuleSet rules(
-            {app.pwszKeyString, app.pwszInstallLoc, app.pwszTypeDes, app.pwszOriginalInstallLoc});
+        const CAppRuleSet rules({app.pwszKeyString, app.pwszInstallLoc, app.pwszTypeDes, app.pwszOriginalInstallLoc});
         if (!IsSystemPath(app.pwszInstallLoc)) {
             TraceLine(u"file location from register table1: %s", app.pwszInstallLoc);
             IsNew(app.pwszInstallLoc);

@@ -96,8 +96,8 @@ class GatherTree {
         }
         const std::unique_ptr<IMSIAnalyzer, ReleaseAnalyzer> analyzer(CreateMSIAnalyzer());
         if (!analyzer) return Fail(SmallCode::ObjectAllocation);
-        if (auto rc = analyzer->Open(package.Text(), app.pwszInstallSource.Get(), CAppConfigStore::OnItem, &store,
-                                     m_filter);
+        if (auto rc =
+                analyzer->Open(package.Text(), app.pwszInstallSource.Get(), CAppConfigStore::OnItem, &store, m_filter);
             Failed(rc)) {
             return Pass(rc);
         }
