@@ -40,12 +40,12 @@ class NoFilter final : public CKvObject<IRemoveRepeatReg> {
 // A machine with the product, and what is to be found of it there.
 class ProductMachine {
   public:
-    explicit ProductMachine(int files) {
+    explicit ProductMachine(int fileCount) {
         m_package.Row("Property", {"ProductCode", kCode}).Row("Directory", {"TARGETDIR", {}, "SourceDir"});
         m_package.Row("Directory", {"INSTALLDIR", "ProgramFilesFolder", "Tool"});
         m_package.Row("Directory", {"ProgramFilesFolder", "TARGETDIR", "."});
         for (int i = 0; i < kFeatures; ++i) m_package.Row("Feature", {"Feature" + std::to_string(i)});
-        for (int i = 0; i < files / kFilesOfComponent; ++i) AddComponent(i);
+        for (int i = 0; i < fileCount / kFilesOfComponent; ++i) AddComponent(i);
         m_package.Row("InstallExecuteSequence", {"InstallFiles", {}, 1});
         m_package.Row("InstallExecuteSequence", {"WriteRegistryValues", {}, 2});
         m_builder.File(u"C:\\a.msi", m_package.Write());

@@ -1,6 +1,5 @@
 #include "appcenter/app/app.h"
 
-#include <cstring>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -62,40 +61,6 @@ TEST_F(AppTest, DeepForest_IsWalkedAndDestroyedWithoutDeepStack) {
     top.Reset();
 }
 
-// An application that somebody else holds must outlive the parent that is destroyed above it, with all below it.
-TEST_F(AppTest, HeldSubApplication_OutlivesItsParent) {
-    RefPtr<CApp> top = NewApp(u"top");
-    RefPtr<CApp> held = NewApp(u"held");
-    held->SubApps.push_back(NewApp(u"below"));
-    top->SubApps.push_back(RefPtr<IApp>(RefPtr<CApp>(held)));
-    top.Reset();
-    ASSERT_EQ(held->SubApps.size(), 1U);
-    EXPECT_TRUE(std::u16string(held->SubApps[0]->GetName()) == u"below");
-    EXPECT_EQ(held->AddRef(), 2U);
-    EXPECT_EQ(held->Release(), 1U);
-}
-
-// A record that was used before must not show the texts of the application that filled it last.
-TEST_F(AppTest, FillAppInfo_WritesTheWholeRecordAndCutsTexts) {
-    RefPtr<CApp> app = NewApp(std::u16string(258, u'n') + u"\xD83D\xDE00tail");
-    app->pwszTypeDes = OwnedString(u"OFFICE_2016");
-    app->pwszOriginalInstallLoc = OwnedString(u"C:\\first");
-    app->qwFlags = AppFlags::k64Bit | AppFlags::kCurrentUser;
-    app->ProductCode.bytes[15] = 7;
-    app->SetTag(42);
-    AppRecordEx record;
-    std::memset(static_cast<void*>(&record), 0xEE, sizeof record);
-    app->FillAppInfo(record);
-    EXPECT_TRUE(std::u16string(record.wzName) == std::u16string(258, u'n')) << "the surrogate pair stays whole";
-    EXPECT_EQ(record.wzName[259], u'\0');
-    EXPECT_TRUE(std::u16string(record.wzTypeDes) == u"OFFICE_2016");
-    EXPECT_TRUE(std::u16string(record.wzOriginalInstallLoc) == u"C:\\first");
-    EXPECT_TRUE(std::u16string(record.wzVersion).empty());
-    EXPECT_EQ(record.qwFlags, 0x101U);
-    EXPECT_EQ(record.dwTag, 42U);
-    EXPECT_TRUE(record.code == app->ProductCode);
-}
-
 TEST_F(AppTest, Drives_AreThoseOfBothSetsWithoutUncPaths) {
     RefPtr<CApp> app = NewApp();
     app->Directories.Add(u"C:\\Tool\\");
@@ -150,25 +115,6 @@ TEST_F(AppTest, FileObject_DeletesTemporaryFilesAlone) {
     }
     NewFile(u"", FileType::kConfig).reset();
     NewFile(u"C:\\gone", FileType::kConfig).reset();
-}
-
-// The entry's facts stay after UnGather, the gather's go, so that a second gather starts from nothing.
-TEST_F(AppTest, UnGather_DropsFilesHereAndBelow) {
-    Start();
-    RefPtr<CApp> app = NewApp(u"app");
-    RefPtr<CApp> below = NewApp(u"below");
-    below->Files.push_back(NewFile(u"C:\\b", FileType::kOrdinary));
-    below->FilePaths.Add(u"C:\\b");
-    app->llGatheredSize = 5;
-    app->Directories.Add(u"C:\\d\\");
-    app->SystemDirectories.Add(u"C:\\Windows\\");
-    CApp* const raw = below.Get();
-    app->SubApps.push_back(std::move(below));
-    EXPECT_TRUE(app->IsGathered());
-    app->UnGather();
-    EXPECT_FALSE(app->IsGathered());
-    EXPECT_TRUE(raw->FilePaths.empty() && app->Directories.empty() && app->SystemDirectories.empty());
-    EXPECT_EQ(app->llGatheredSize, 5);
 }
 
 TEST_F(AppTest, RealLocation_FollowsMountPointsAndNormalises) {

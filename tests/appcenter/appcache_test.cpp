@@ -71,28 +71,6 @@ TEST_F(CacheTest, Files_AreChosenByTheEndOfTheirNames) {
     EXPECT_EQ(LoadCached(), (Texts{"one", "more", "two", "package one"}));
 }
 
-TEST_F(CacheTest, RecordCutAtAnyByte_IsPassedOverAndTheRestAreRead) {
-    auto app = Named(u"whole");
-    app->SubApps.emplace_back(Named(u"below"));
-    app->Files.push_back(std::make_unique<CWFYFile>());
-    app->Files[0]->pwszPath = OwnedString(u"C:\\kept.cfg");
-    app->Files[0]->dwType = FileType::kConfig;
-    app->Files[0]->dwFlags = FileFlags::kStaysOnDisk;
-    app->pIconData = std::make_unique<std::byte[]>(3);
-    app->dwIconDataSize = 3;
-    const std::string whole = Stored(*app);
-    for (std::size_t length = 0; length < whole.size(); ++length) {
-        CacheFile(FormatText(u"%04d_E", static_cast<std::int32_t>(length)), whole.substr(0, length));
-    }
-    const std::string package = StoredPackage(u"package");
-    for (std::size_t length = 0; length < package.size(); ++length) {
-        CacheFile(FormatText(u"%04d_EX", static_cast<std::int32_t>(length)), package.substr(0, length));
-    }
-    CacheFile(u"last_E", whole).HostFile(u"cache\\last_EX", package);
-    Start();
-    EXPECT_EQ(LoadCached(), (Texts{"whole", "package package"}));
-}
-
 // What a cache file names is not this process's to delete.
 TEST_F(CacheTest, RestoredApplication_LeavesTheFilesOfItsRecordOnDisk) {
     const auto top = Named(u"top");

@@ -9,7 +9,6 @@
 #include "appcenter/appeunm/suitegroup.h"
 #include "tests/appcenter/reconcile_support.h"
 #include "utility/formattext.h"
-#include "utility/suitenames.h"
 #include "utility/utf.h"
 
 namespace roundup {
@@ -22,45 +21,6 @@ constexpr std::u16string_view kDependencies = u"HKLM\\SOFTWARE\\Classes\\Install
 constexpr std::u16string_view kUserData = u"HKLM\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Installer\\UserData\\";
 
 std::string RuleBytes(std::u16string_view text) { return TextBytes(u"\xFEFF" + std::u16string(text)); }
-
-struct PassCase {
-    const char* why;
-    List main;
-    List hide;
-    std::string lists;
-};
-
-TEST_F(HidePassTest, SameFolder_LooksAtTheCharacterBehindTheMatch) {
-    const PassCase cases[] = {
-        {"below, above and the same; the first of the list",
-         {{.key = u"a", .location = u"C:\\T\\x"}, {.key = u"b", .location = u"C:\\T"}},
-         {{.key = u"h", .location = u"c:\\t"},
-          {.key = u"i", .location = u"C:\\T\\y"},
-          {.key = u"j", .location = u"C:\\T\\X"}},
-         "a(loc:h, loc:j) b(loc:i) | "},
-        {"a name that merely begins alike, a trailing backslash, no location",
-         {{.key = u"a", .location = u"C:\\Tool"}, {.key = u"b", .location = u"C:\\Z\\"}, {.key = u"c"}},
-         {{.key = u"h", .location = u"C:\\Too"},
-          {.key = u"i", .location = u"C:\\Tools"},
-          {.key = u"j", .location = u"C:\\Z"},
-          {.key = u"k", .location = u"C:\\Z\\q"},
-          {.key = u"l"}},
-         "a b(loc:j) c | h i k l"},
-    };
-    for (const PassCase& c : cases) EXPECT_EQ(Passed(&AttachSameFolder, c.main, c.hide), c.lists) << c.why;
-}
-
-TEST_F(HidePassTest, Source_IsComparedWithAnApplicationsOwnElseWithThoseOfItsParts) {
-    const PassCase cases[] = {
-        {"a source of its own keeps those of the parts out",
-         {{.key = u"a", .source = u"E:\\", .parts = {{.key = u"p", .source = u"D:\\"}}},
-          {.key = u"b", .parts = {{.key = u"q"}, {.key = u"r", .source = u"d:\\set"}}},
-          {.key = u"c"}},
-         {{.key = u"h", .source = u"D:\\setup\\x"}, {.key = u"i", .source = u"e:\\x"}, {.key = u"j"}},
-         "a(p, src:i) b(q, r, src:h) c | j"},
-    };
-    for (const PassCase& c : cases) EXPECT_EQ(Passed(&AttachBySource, c.main, c.hide), c.lists) << c.why;
-}
 
 TEST_F(HidePassTest, DependencyKeys_LeadFromAHiddenPackageToTheRootThatTheUserSees) {
     const auto provider = [this](std::u16string_view key, std::u16string_view display, std::u16string_view dependent) {
@@ -129,22 +89,18 @@ TEST_F(HidePassTest, Runtimes_PairByVersionUpTo2008AndByYearFromThenOn) {
                      {{.key = u"a", .name = name(u"2008", u"x86"), .version = u"9.0.30729.17"},
                       {.key = u"b", .name = name(u"2015-2019", u"x64"), .version = u"14.2"},
                       {.key = u"c", .name = name(u"2015", u"x86"), .version = u"14.0"},
-                      {.key = u"d", .name = name(u"2015", u"x86"), .version = u"14.0"},
                       {.key = u"e", .name = name(u"2022", u"x64"), .version = u"14.3"},
                       {.key = u"f", .name = name(u"2012", u"x64")}},
                      {{.key = u"h1", .name = name(u"2008", u"x86"), .version = u"9.0"},
                       {.key = u"h2", .name = name(u"2005", u"x86"), .version = u"9.0.30729.17.5"},
                       {.key = u"h3", .name = name(u"2008", u"x64"), .version = u"9.0"},
-                      {.key = u"h4", .name = name(u"2008", u"x86"), .version = u"9.1"},
                       {.key = u"h5", .name = u"MICROSOFT visual c++ 2015 redistributable X64", .version = u"1"},
                       {.key = u"h6", .name = name(u"2015", u"x86"), .version = u"1"},
-                      {.key = u"h7", .name = name(u"2022", u"x64"), .version = u"14.3"},
                       {.key = u"h8", .name = name(u"2012", u"x64"), .version = u"11"},
                       {.key = u"h9", .name = u"Microsoft Visual C++ 2015 x86 Minimum Runtime", .version = u"14.0"},
                       {.key = u"h10", .name = name(u"20151", u"x86"), .version = u"14.0"},
-                      {.key = u"h11", .name = name(u"2015", u"arm64"), .version = u"14.0"},
                       {.key = u"h12", .name = name(u"2015", u"x86")}}),
-              "a(runtime:h1, runtime:h2) b(runtime:h5) c(runtime:h6) d e f | h3 h4 h7 h8 h9 h10 h11 h12");
+              "a(runtime:h1, runtime:h2) b(runtime:h5) c(runtime:h6) e f | h3 h8 h9 h10 h12");
 }
 
 TEST_F(HidePassTest, SharedComponents_FollowTheKeyPathToTheFolderOfAnApplication) {
@@ -278,66 +234,24 @@ TEST_F(SuiteTest, Siblings_OfOneYearShareTheirPartsOnce) {
                                                          ", suite:" + two + ") | ");
 }
 
-TEST_F(SuiteTest, Clone_KeepsWhatTheRecordHasAndThePackage) {
-    StartManager();
-    const RefPtr<CApp> source = MakeApp(
-        {.key = u"k", .name = u"N", .package = u"C:\\1.msi", .code = 3, .claims = {1}, .parts = {{.key = u"p"}}});
-    source->dwOrigins = AppOrigin::kUser32;
-    source->SubApps[0]->SetTag(1);
-    static_cast<CApp&>(*source->SubApps[0]).eLinkReason = LinkReason::Code;
-    const RefPtr<CApp> copy = CloneApp(*source);
-    ASSERT_TRUE(copy);
-    EXPECT_EQ(ForestText(CAppList{copy}), "k(code:p)");
-    EXPECT_EQ(copy->pwszMsiPath.View(), u"C:\\1.msi");
-    EXPECT_EQ(copy->ProductCode, CodeOf(3));
-    EXPECT_EQ(copy->dwOrigins, AppOrigin::kUser32);
-    EXPECT_TRUE(copy->RelatedCodes.empty());
-    EXPECT_FALSE(CloneApp(*MakeApp({.key = u"k", .name = u"-"}))) << "an application without a name has no record";
-}
-
-TEST_F(SuiteTest, Folder_IsTheOneWithTheProductAndMostOfItsVersion) {
-    builder.Folder(u"C:\\Adobe\\Adobe Photoshop CS5")
-        .Folder(u"C:\\Adobe\\ADOBE PHOTOSHOP CS6")
-        .Folder(u"C:\\Adobe\\Adobe After Effects")
-        .Folder(u"C:\\Adobe\\Adobe After Effects CC 2018")
-        .File(u"C:\\Adobe\\Photoshop CS6.txt")
+// Which folder is chosen is the business of the adapters' tests; here the ways through mount points count.
+TEST_F(SuiteTest, Folder_IsTheProductsOwnAlsoBehindMountPoints) {
+    builder.Folder(u"C:\\Adobe\\ADOBE PHOTOSHOP CS6")
         .Folder(u"E:\\Apps\\Adobe Bridge")
         .Reparse(u"C:\\Linked", u"E:\\Apps")
         .Reparse(u"C:\\Adobe\\Bridge CS6", u"E:\\Apps\\Adobe Bridge");
-    const struct {
-        const char16_t* name;
-        const char16_t* location;
-        const char16_t* result;
-        const char16_t* real;
-    } cases[] = {
+    const std::tuple<std::u16string, std::u16string, std::u16string_view, std::u16string_view> cases[] = {
         {u"Adobe Photoshop CS6", u"C:\\Adobe", u"C:\\Adobe\\ADOBE PHOTOSHOP CS6", u"C:\\Adobe\\ADOBE PHOTOSHOP CS6"},
-        {u"Adobe  Photoshop 2020", u"C:\\Adobe", u"C:\\Adobe\\Adobe Photoshop CS5", u"C:\\Adobe\\Adobe Photoshop CS5"},
-        {u"Adobe After Effects CC 2018", u"C:\\Adobe", u"C:\\Adobe\\Adobe After Effects CC 2018",
-         u"C:\\Adobe\\Adobe After Effects CC 2018"},
         {u"Adobe Bridge CS6", u"C:\\Adobe", u"C:\\Adobe\\Bridge CS6", u"E:\\Apps\\Adobe Bridge"},
         {u"Adobe Bridge", u"C:\\Linked", u"C:\\Linked\\Adobe Bridge", u"E:\\Apps\\Adobe Bridge"},
-        {u"Adobe CS6", u"C:\\Adobe", u"C:\\Adobe", u""},
-        {u"Adobe Flash", u"C:\\Adobe", u"C:\\Adobe", u""},
         {u"Photoshop CS6", u"C:\\Adobe", u"C:\\Adobe", u""},
     };
     StartManager();
-    for (const auto& c : cases) {
-        const RefPtr<CApp> app = MakeApp({.key = u"k", .name = c.name, .location = c.location});
+    for (const auto& [name, location, result, real] : cases) {
+        const RefPtr<CApp> app = MakeApp({.key = u"k", .name = name, .location = location});
         CorrectSuiteFolder(*app);
-        EXPECT_EQ(app->pwszInstallLoc.View(), c.result);
-        EXPECT_EQ(app->pwszRealInstallLoc.View(), c.real);
-    }
-}
-
-TEST(SuiteNames, Numbers_NameFamilyAndVersion) {
-    EXPECT_EQ(SuiteTypeDes(SuiteNumber::kNone), nullptr);
-    EXPECT_EQ(SuiteType(18), nullptr);
-    for (const auto& [number, typeDes, type] : {std::tuple(1U, u"OFFICE_2003", u"OFFICE"),
-                                                {10U, u"VISIO_2016", u"VISIO"},
-                                                {13U, u"PROJECT_2010", u"PROJECT"},
-                                                {16U, u"COMPONENTS_2013", u"COMPONENTS"}}) {
-        EXPECT_EQ(std::u16string_view(SuiteTypeDes(number)), typeDes);
-        EXPECT_EQ(std::u16string_view(SuiteType(number)), type);
+        EXPECT_EQ(app->pwszInstallLoc.View(), result);
+        EXPECT_EQ(app->pwszRealInstallLoc.View(), real);
     }
 }
 

@@ -28,19 +28,5 @@ TEST(JobQueue, TakersThatLeave_NeverStrandTheOthers) {
     }
 }
 
-TEST(JobQueue, ClosedQueue_HandsOutWhatWaitsAndTakesNoMore) {
-    JobQueue<int*> queue;
-    int numbers[3] = {};
-    EXPECT_TRUE(queue.Add(&numbers[0]));
-    EXPECT_TRUE(queue.Add(&numbers[1]));
-    queue.Close();
-    EXPECT_FALSE(queue.Add(&numbers[2]));
-    int* job = nullptr;
-    EXPECT_TRUE(queue.Take(job));
-    EXPECT_EQ(job, &numbers[0]) << "first in, first out";
-    queue.CloseAndDiscard();
-    EXPECT_FALSE(queue.Take(job));
-}
-
 }  // namespace
 }  // namespace roundup

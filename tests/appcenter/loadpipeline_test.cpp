@@ -149,13 +149,6 @@ TEST_F(LoadTest, OddKeyNames_AreTakenWholeOrEndTheirSource) {
     EXPECT_EQ(Keys(Load().Applications()), (Texts{"a/201"}));
 }
 
-TEST_F(LoadTest, EntryWithoutName_IsPruned) {
-    builder.Text(Under(kMachineKey, u"nameless"), u"Publisher", u"Otter Works");
-    builder.Text(Under(kMachineKey, u"empty"), u"DisplayName", u"");
-    Entry(kMachineKey, u"whole");
-    EXPECT_EQ(Keys(Load().Applications()), (Texts{"whole/201"}));
-}
-
 TEST_F(LoadTest, SecondLoad_ReleasesTheFormerObjectsAndStartsAnew) {
     Entry(kMachineKey, u"a");
     CAppManager& manager = Load();
@@ -169,13 +162,6 @@ TEST_F(LoadTest, SecondLoad_ReleasesTheFormerObjectsAndStartsAnew) {
     EXPECT_EQ(held->Release(), 0U);
 }
 
-TEST_F(LoadTest, NullCallback_AnswersItsCodeAndLeavesTheLists) {
-    Entry(kMachineKey, u"a");
-    CAppManager& manager = Load();
-    EXPECT_EQ(manager.LoadAppEx(nullptr, nullptr, false), kNoCallback);
-    EXPECT_EQ(manager.GetCount(), 1U);
-}
-
 TEST_F(LoadTest, CacheThatCannotBeRead_TellsNinetyFiveAlone) {
     Entry(kMachineKey, u"a");
     CAppManager& manager = Load();
@@ -185,23 +171,6 @@ TEST_F(LoadTest, CacheThatCannotBeRead_TellsNinetyFiveAlone) {
     run.cancelAt = 95;
     EXPECT_EQ(Small(run.Load(manager, true)), SmallCode::Cancelled);
     EXPECT_EQ(manager.GetCount(), 0U);
-}
-
-// Stop from the callback, as a host's own thread would call it: the load ends by itself, with nothing more found.
-TEST_F(LoadTest, Stop_EndsTheSourcesAndTheLoadSucceeds) {
-    for (int i = 0; i < 50; ++i) Entry(kMachineKey, FormatText(u"entry%d", i));
-    Start();
-    const auto manager = RefPtr<CAppManager>::Adopt(new CAppManager);
-    const auto stop = [](std::uint32_t percent, void* context) -> std::uint8_t {
-        if (percent == 10) static_cast<CAppManager*>(context)->Stop();
-        return 1;
-    };
-    EXPECT_TRUE(Succeeded(manager->LoadAppEx(stop, manager.Get(), false)));
-    EXPECT_EQ(manager->GetCount(), 0U);
-    EXPECT_EQ(manager->IsContinue(), 0);
-    LoadRun run;
-    EXPECT_TRUE(Succeeded(run.Load(*manager)));
-    EXPECT_EQ(manager->GetCount(), 50U) << "the next load goes on";
 }
 
 }  // namespace

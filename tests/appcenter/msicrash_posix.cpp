@@ -64,19 +64,6 @@ TEST_F(CrashRetryTest, PackageThatKillsTheProcess_IsReadTwiceAndNeverAgain) {
     EXPECT_EQ(WaitFor(StartProcess(ReadPackage)), 1);
 }
 
-TEST_F(CrashRetryTest, CrashOfAnotherCause_CountsAgainstThePackageAndAGoodReadTakesNothingBack) {
-    const auto crashInside = [] {
-        const PackageAttempt attempt(GetCrashGuard(1), kPackage);
-        raise(SIGKILL);
-        return 0;
-    };
-    EXPECT_EQ(WaitFor(StartProcess(crashInside)), -SIGKILL);
-    EXPECT_EQ(WaitFor(StartProcess(ReadPackage)), 0);
-    EXPECT_EQ(WaitFor(StartProcess(ReadPackage)), 0) << "the value that was found is put back each time";
-    EXPECT_EQ(WaitFor(StartProcess(crashInside)), -SIGKILL);
-    EXPECT_EQ(WaitFor(StartProcess(ReadPackage)), 1);
-}
-
 // None may damage or lose what the others wrote.
 TEST_F(CrashRetryTest, ProcessesThatCountAtOnce_LoseNothing) {
     std::vector<pid_t> processes;

@@ -33,17 +33,8 @@ class Reference {
             return !h.pwszInstallLoc.IsEmpty() && IsLocationPrefix(h.pwszInstallLoc, m);
         });
         AttachHidden(LinkReason::Location, IsSameFolder);
-        Dependencies();
         AttachHidden(LinkReason::Source, IsFromSource);
-        AttachHidden(LinkReason::Runtime, IsSameRuntime);
-        AttachHidden(LinkReason::Rule, [this](const CApp& m, const CApp& h) {
-            const RuleNames rules = RulesOf(m);
-            return Matches(h, rules.hideNames, rules.hideKeys);
-        });
-        Components();
-        Compatibility();
         Shorten();
-        SubAppRules();
         return std::move(m_main);
     }
 
@@ -159,86 +150,6 @@ class Reference {
         if (!m.pwszInstallSource.IsEmpty()) return begins(m);
         return std::ranges::any_of(m.SubApps, [&](const auto& sub) { return begins(SubOf(sub)); });
     }
-    // The names of the test's runtimes have the year at its place and end in the architecture.
-    static int YearOf(const CApp& app) {
-        const std::string name(app.pwszName.View().begin(), app.pwszName.View().end());
-        return name.starts_with("Microsoft Visual C++ ") ? std::stoi(name.substr(21)) : 0;
-    }
-    static bool IsSameRuntime(const CApp& m, const CApp& h) {
-        const int year = YearOf(h);
-        const std::u16string_view a = m.pwszVersion;
-        const std::u16string_view b = h.pwszVersion;
-        if (year == 0 || YearOf(m) == 0 || a.empty() || b.empty()) return false;
-        if (m.pwszName.View().back() != h.pwszName.View().back()) return false;
-        if (year == 2005 || year == 2008) return StartsWithNoCase(a, b) || StartsWithNoCase(b, a);
-        return year >= 2009 && year <= 2019 && YearOf(m) == year;
-    }
-
-    void Dependencies() {
-        for (const auto& [key, provider] : m_world.providers) {
-            const auto hidden =
-                FirstOf(m_hide, [&p = provider](const CApp& h) { return BothEqual(p.display, h.pwszName); });
-            if (hidden == m_hide.end()) continue;
-            const Guid code = ParseGuid(RootOf(key), GuidForm::Braced);
-            const auto found = FirstOf(m_main, [&](const CApp& m) { return !code.IsNil() && m.ProductCode == code; });
-            if (found == m_main.end()) continue;
-            LinkSubApp(**found, *hidden, LinkReason::DependencyKey);
-            m_hide.erase(hidden);
-        }
-    }
-    std::u16string RootOf(const std::u16string& start) const {
-        std::set<std::u16string> seen;
-        for (std::u16string key = start;;) {
-            seen.insert(key);
-            const auto at = m_world.providers.find(key);
-            if (at == m_world.providers.end()) return key;
-            const std::u16string& next = at->second.dependent.empty() ? at->second.value : at->second.dependent;
-            if (next.empty() || seen.contains(next)) return key;
-            key = next;
-        }
-    }
-
-    RuleNames RulesOf(const CApp& app) const {
-        for (const auto& [key, rules] : m_world.rules) {
-            if (EqualsNoCase(key, app.pwszKeyString)) return rules;
-        }
-        return {};
-    }
-    static bool Matches(const CApp& app, const std::vector<std::u16string>& names,
-                        const std::vector<std::u16string>& keys) {
-        return std::ranges::any_of(names, [&](const auto& name) { return ContainsNoCase(app.pwszName, name); }) ||
-               std::ranges::any_of(keys, [&](const auto& key) { return BothEqual(key, app.pwszKeyString); });
-    }
-
-    void Components() {
-        for (const auto& [code, path] : m_world.components) {
-            const auto hidden = FirstOf(m_hide, [&c = code](const CApp& h) { return h.ProductCode == CodeOf(c); });
-            if (hidden == m_hide.end()) continue;
-            const auto found = FirstOf(m_main, [&p = path](const CApp& m) { return IsLocationPrefix(p, m); });
-            if (found == m_main.end()) continue;
-            LinkSubApp(**found, *hidden, LinkReason::SharedComponent);
-            m_hide.erase(hidden);
-        }
-    }
-
-    void Compatibility() {
-        const CAppList all(m_main);
-        for (const App& p : all) {
-            const auto list = std::ranges::find_if(
-                m_world.lists, [&p](const auto& entry) { return EqualsNoCase(entry.first, p->pwszKeyString); });
-            if (list == m_world.lists.end()) continue;
-            for (const std::u16string& name : list->second) {
-                for (const App& x : CAppList(m_main)) {
-                    if (x.Get() == p.Get() || !BothEqual(name, x->pwszKeyString)) continue;
-                    std::erase_if(m_main, [&x](const App& app) { return app.Get() == x.Get(); });
-                    LinkSubApp(*p, x, LinkReason::CompatibilityList);
-                }
-            }
-        }
-        for (const App& x : all) {
-            if (!IsBelow(*x, m_main)) m_circles.push_back(x);
-        }
-    }
 
     void Shorten() {
         for (const App& m : m_main) {
@@ -251,25 +162,6 @@ class Reference {
                 }
             }
         }
-    }
-
-    void SubAppRules() {
-        CAppList owners;
-        CAppList others;
-        for (const App& m : m_main) {
-            const RuleNames rules = RulesOf(*m);
-            (rules.subNames.empty() && rules.subKeys.empty() ? others : owners).push_back(m);
-        }
-        for (const App& a : owners) {
-            const RuleNames rules = RulesOf(*a);
-            std::erase_if(others, [&](const App& b) {
-                if (!Matches(*b, rules.subNames, rules.subKeys)) return false;
-                LinkSubApp(*a, b, LinkReason::Rule);
-                return true;
-            });
-        }
-        m_main = owners;
-        m_main.insert(m_main.end(), others.begin(), others.end());
     }
 
   public:

@@ -2,6 +2,7 @@
 
 #include "appcenter/appeunm/reconcile.h"
 #include "platform/machine.h"
+#include "tests/support/machinefiles.h"
 #include "utility/formattext.h"
 #include "utility/log.h"
 #include "utility/utf.h"
@@ -115,14 +116,9 @@ std::string ReconcileTest::LogLines(std::u16string_view text) {
     machine.System().GetHostExecutable(host, std::size(host));
     FixedText<260> path;
     log_detail::NameFile(folder, host, path);
-    FileHandle file = kInvalidFile;
-    if (machine.Files().Open(path.Text(), kGenericRead, kShareRead | kShareWrite, kOpenExisting, file) != 0) return {};
-    std::uint64_t size = 0;
-    machine.Files().GetSize(file, size);
-    std::u16string log(static_cast<std::size_t>(size / 2), u'\0');
-    std::uint32_t done = 0;
-    machine.Files().Read(file, log.data(), static_cast<std::uint32_t>(log.size() * 2), done);
-    machine.Files().Close(file);
+    const std::string bytes = ReadFile(machine.Files(), std::u16string(path));
+    std::u16string log(bytes.size() / 2, u'\0');
+    bytes.copy(reinterpret_cast<char*>(log.data()), log.size() * 2);
     std::string lines;
     for (std::size_t at = log.find(text); at != log.npos; at = log.find(text, at + 1)) {
         lines += ToUtf8(std::u16string_view(log).substr(at, log.find(u'\r', at) - at)) + "\n";

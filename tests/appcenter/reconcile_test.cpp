@@ -31,14 +31,6 @@ TEST_F(ReconcileTest, Lists_BecomeTheForestOfTheTable) {
           {.key = u"tool", .name = u"Other", .location = u"C:\\O"}},
          {},
          "Tool tool"},
-        {"a record without a name joins the first of its key, and gives way to a name",
-         {{.key = u"a", .name = u"-", .location = u"C:\\A"}, {.key = u"a", .name = u"N"}, {.key = u"a", .name = u"M"}},
-         {},
-         "a"},
-        {"an entry without a key is nobody's duplicate and no application",
-         {{.name = u"x", .location = u"C:\\A"}, {.name = u"x", .location = u"C:\\A"}},
-         {},
-         ""},
         {"install records give what their entry lacks, by code, or by package when they have no code",
          {{.key = u"a", .code = 1},
           {.key = u"b", .package = kMsi, .code = 2},
@@ -54,14 +46,6 @@ TEST_F(ReconcileTest, Lists_BecomeTheForestOfTheTable) {
           {.name = u"P", .package = u"C:\\W\\5.msp", .code = 5},
           {.name = u"Q", .package = u"C:\\W\\5.msp", .code = 5}},
          "a(code:a) b(code:b)"},
-        {"a code finds the first free application that has it, and not the one that claims it",
-         {{.key = u"a", .package = kMsi, .code = 1, .claims = {1, 2}},
-          {.key = u"b", .package = kMsi, .code = 1},
-          {.key = u"c", .package = kMsi, .claims = {2}},
-          {.key = u"d", .package = kMsi, .code = 2},
-          {.key = u"e", .package = kMsi, .code = 2}},
-         {},
-         "a(code:b, code:d) c(code:e)"},
         {"a parent's name finds the first application of that name; an application is not its own parent",
          {{.key = u"u", .package = kMsi, .parent = u"TOOL", .hidden = true},
           {.key = u"a", .name = u"Tool", .package = kMsi},
@@ -69,12 +53,6 @@ TEST_F(ReconcileTest, Lists_BecomeTheForestOfTheTable) {
           {.key = u"s", .name = u"S", .package = kMsi, .parent = u"s"}},
          {},
          "a(name:u) b s"},
-        {"what is claimed by code is not moved by its parent's name",
-         {{.key = u"a", .package = kMsi, .claims = {3}},
-          {.key = u"b", .package = kMsi},
-          {.key = u"p", .package = kMsi, .code = 3, .parent = u"b"}},
-         {},
-         "a(code:p) b"},
         {"an entry without anything to point at lives on through its parts alone",
          {{.key = u"a", .claims = {3}}, {.key = u"b", .package = kMsi, .code = 3}, {.key = u"c"}},
          {},
@@ -172,44 +150,6 @@ TEST_F(ReconcileTest, ChainOfAHundredThousandParents_HangsBelowOneAndComesDown) 
     ASSERT_EQ(manager.Applications().size(), 1U);
     EXPECT_EQ(AppAt(manager, 0).SubApps.size(), 2U);
     manager.Applications().clear();
-}
-
-TEST_F(ReconcileTest, LinksToWhatWasMetBefore_AreErasedAndLogged) {
-    CAppManager& manager = StartManager();
-    const CAppList apps = MakeList({{.key = u"a"}, {.key = u"b"}, {.key = u"c"}, {.key = u"d"}});
-    // a - b - c, back to a and to b; a - d beside c - d.
-    for (const auto& [parent, child] : {std::pair(0, 1), {1, 2}, {2, 0}, {2, 1}, {0, 3}, {2, 3}, {3, 3}}) {
-        apps[static_cast<std::size_t>(parent)]->SubApps.emplace_back(
-            RefPtr<CApp>(apps[static_cast<std::size_t>(child)]));
-    }
-    BreakCycles(manager, {apps[0]});
-    EXPECT_EQ(ForestText(CAppList{apps[0]}), "a(b(c), d)");
-    EXPECT_EQ(LogLines(u"recursion dislodge"),
-              "recursion dislodge App: d\nrecursion dislodge App: a\n"
-              "recursion dislodge App: b\nrecursion dislodge App: d\n");
-}
-
-TEST_F(ReconcileTest, Location_MovesUpToTheShortestFolderOfAPart) {
-    const struct {
-        const char16_t* own;
-        std::vector<Record> parts;
-        const char16_t* result;
-    } cases[] = {
-        {u"C:\\T\\bin\\x",
-         {{.location = u"C:\\T\\bin"}, {.location = u"c:\\t"}, {.location = u"C:\\T\\bin"}},
-         u"c:\\t"},
-        {u"C:\\T\\bin",
-         {{.location = u"C:\\T\\bi"}, {.location = u"D:\\"}, {.location = u"C:\\T\\bin"}, {}},
-         u"C:\\T\\bin"},
-        {u"C:\\T\\bin", {{.location = u"D:\\T"}}, u"C:\\T\\bin"},
-        {u"", {{.location = u"C:\\T"}}, u""},
-    };
-    for (const auto& c : cases) {
-        const CAppList apps = MakeList({{.key = u"a", .location = c.own, .parts = c.parts}});
-        RuleBook rules;
-        ShortenLocations(StartManager(), apps, rules);
-        EXPECT_EQ(apps[0]->pwszInstallLoc.View(), c.result);
-    }
 }
 
 TEST_F(ReconcileTest, StoppedRun_ReleasesEverything) {

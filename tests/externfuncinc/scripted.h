@@ -57,13 +57,9 @@ class ScriptedObserver final : public IRoundupObserver {
     // What the host does when it is told that.
     std::function<void(std::string)> callBack = [](std::string) {};
     std::int32_t references = 1;
-    int releases = 0;
 
     std::uint32_t AddRef() override { return static_cast<std::uint32_t>(++references); }
-    std::uint32_t Release() override {
-        ++releases;
-        return static_cast<std::uint32_t>(--references);
-    }
+    std::uint32_t Release() override { return static_cast<std::uint32_t>(--references); }
     void HostOperation2() override { told.emplace_back("operation of the host's own"); }
     void HostOperation3() override { told.emplace_back("operation of the host's own"); }
     void OnAppInfo(IRmxApp* app) override {

@@ -52,21 +52,6 @@ class UninstallTest : public MachineTest {
     RefPtr<CRoundup> m_facade;
 };
 
-TEST_F(UninstallTest, ExitCode_ArrivesAsTheProcessGaveItOnAThreadOfItsOwn) {
-    Load({u"one"});
-    for (const std::uint32_t code : {0U, 3010U, 259U, 0xC0000005U}) {
-        const std::size_t before = m_observer.Count();
-        ASSERT_EQ(m_facade->UnInstallApp(m_observer.records.at(0)), 0);
-        EXPECT_EQ(m_observer.Count(), before) << "started is not ended";
-        m_processes->End(before, code);
-        const auto done = m_observer.WaitFor(before + 1).back();
-        EXPECT_EQ(done.record, m_observer.records.at(0));
-        EXPECT_EQ(done.code, code);
-        EXPECT_NE(done.thread, std::this_thread::get_id());
-    }
-    m_processes->WaitUntilAllClosed();
-}
-
 TEST_F(UninstallTest, Uninstalls_RunSideBySideAndSoDoTheirEnds) {
     Load({u"one", u"two", u"three"});
     m_observer.overlapping = 3;
@@ -76,7 +61,10 @@ TEST_F(UninstallTest, Uninstalls_RunSideBySideAndSoDoTheirEnds) {
     EXPECT_TRUE(started[1].command == u"two.exe /S");
     for (const std::size_t number : {2U, 0U, 1U}) m_processes->End(number, static_cast<std::uint32_t>(10 + number));
     // Serialised calls would wait here for ever.
-    for (const auto& done : m_observer.WaitFor(3)) EXPECT_EQ(done.record, m_observer.records.at(done.code - 10));
+    for (const auto& done : m_observer.WaitFor(3)) {
+        EXPECT_EQ(done.record, m_observer.records.at(done.code - 10));
+        EXPECT_NE(done.thread, std::this_thread::get_id());
+    }
     m_processes->WaitUntilAllClosed();
 }
 

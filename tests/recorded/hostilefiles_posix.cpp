@@ -51,13 +51,10 @@ TEST_F(HostileFiles, Links_AreFollowedInsideOfTheSourceAlone) {
     const Case cases[] = {
         {"in", "real/file.txt", 0x420, "inside"},
         {"drive", "../d/other.txt", 0x420, "drive d"},
-        {"absolute", m_c / "real" / "file.txt", 0x420, "inside"},
         {"folder", "real", 0x410, "error 5"},
         {"chain", "in", 0x420, "inside"},
         {"out", "../../../secret/key.txt", 0x420, "error 1920"},
-        {"outabsolute", m_folder.Path() / "secret" / "key.txt", 0x420, "error 1920"},
         {"outfolder", m_folder.Path() / "secret", 0x420, "error 1920"},
-        {"roundabout", "../../../machine/drives/c/real/file.txt", 0x420, "error 1920"},
         {"passwd", "/etc/passwd", 0x420, "error 1920"},
         {"self", "self", 0x420, "error 1920"},
         {"ping", "pong", 0x420, "error 1920"},
@@ -150,20 +147,6 @@ TEST_F(HostileFiles, FolderDeeperThanPaths_IsReached) {
     IFileSystem& files = OpenFiles();
     EXPECT_EQ(files.GetAttributes(path.c_str()), 0x10U);
     EXPECT_EQ(files.GetAttributes((path + u"\\x").c_str()), kInvalidAttributes);
-}
-
-TEST_F(HostileFiles, UnreadableEntries_AreDenied) {
-    if (geteuid() == 0) GTEST_SKIP() << "root may read everything";
-    m_folder.Write("machine/drives/c/closed/file.txt", "x");
-    fs::permissions(m_c / "real" / "file.txt", fs::perms::none);
-    fs::permissions(m_c / "closed", fs::perms::none);
-    IFileSystem& files = OpenFiles();
-    EXPECT_EQ(ReadFile(files, u"C:\\real\\file.txt"), "error 5");
-    EXPECT_EQ(ReadFile(files, u"C:\\closed\\file.txt"), "error 5");
-    FindHandle find = kInvalidFile;
-    FindData data;
-    EXPECT_EQ(files.FindFirst(u"C:\\closed\\*", find, data), kErrorAccessDenied);
-    fs::permissions(m_c / "closed", fs::perms::owner_all);
 }
 
 TEST_F(HostileFiles, HostFolder_IsRealIgnoresCaseAndIsClosed) {

@@ -64,8 +64,6 @@ TEST_F(OpenMachine, FolderThatIsNoMachine_NamesWhatWasLookedFor) {
         "Windows/System32/config/SOFTWARE (offline Windows volume)";
     EXPECT_EQ(Open(), nullptr);
     EXPECT_EQ(m_message, "machine" + none);
-    EXPECT_EQ(Open("machine/Windows/System32/readme.txt"), nullptr);
-    EXPECT_EQ(m_message, "machine/Windows/System32/readme.txt: there is no such folder, or it cannot be opened");
     EXPECT_EQ(Open("absent"), nullptr);
     EXPECT_EQ(m_message, "absent: there is no such folder, or it cannot be opened");
     m_folder.Write("machine/system.reg", "");
@@ -80,22 +78,6 @@ TEST_F(OpenMachine, RecordedFolder_KnowsOneUser) {
     EXPECT_EQ(Folder(40), u"C:\\Users\\Ann");
     EXPECT_EQ(Open("machine", "Bob"), nullptr);
     EXPECT_EQ(m_message, "machine: there is no user \"Bob\" here, only \"Ann\"");
-}
-
-TEST_F(OpenMachine, RecordedFolder_HasItsRegistryAndEveryDrive) {
-    m_folder.Write("machine/machine.ini", "");
-    m_folder.Write("machine/registry/1.reg",
-                   "Windows Registry Editor Version 5.00\n\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\X]\n");
-    m_folder.Write("machine/drives/D/File.txt", "x");
-    m_folder.Write("machine/drives/notadrive/File.txt", "x");
-    Machine* machine = Open();
-    ASSERT_NE(machine, nullptr) << m_message;
-    KeyHandle key = 0;
-    EXPECT_EQ(machine->Registry().OpenKey(kHkeyLocalMachine, u"SOFTWARE\\X", kKeyRead, key), kErrorSuccess);
-    machine->Registry().CloseKey(key);
-    EXPECT_EQ(machine->Files().GetAttributes(u"d:\\FILE.TXT"), 0x20U);
-    EXPECT_EQ(machine->Files().GetAttributes(u"C:\\Users\\User\\AppData\\Local"), 0x10U);
-    EXPECT_FALSE(std::filesystem::exists(m_folder.Path() / "machine/drives/c"));
 }
 
 TEST_F(OpenMachine, WinePrefix_SpeaksForItself) {
@@ -124,16 +106,6 @@ TEST_F(OpenMachine, WinePrefixOf32Bits_HasOneView) {
     ASSERT_NE(machine, nullptr) << m_message;
     EXPECT_EQ(machine->System().GetNativeArchitecture(), kArchitectureIntel);
     EXPECT_EQ(Folder(42), u"C:\\Program Files");
-}
-
-TEST_F(OpenMachine, MissingHostFolder_IsAnError) {
-    m_folder.Write("machine/machine.ini", "");
-    OpenOptions options;
-    options.folder = m_folder.Text() + "/machine";
-    options.hostFolder = m_folder.Text() + "/none";
-    SourceError error;
-    EXPECT_EQ(OpenRecordedMachine(options, error), nullptr);
-    EXPECT_EQ(error.Text(), m_folder.Text() + "/none: the host folder cannot be opened");
 }
 
 }  // namespace

@@ -81,28 +81,6 @@ TEST_F(RegistryHiveTest, UserHive_ShowsItsUninstallEntries) {
     EXPECT_EQ(counts.errors, 0U);
 }
 
-TEST_F(RegistryHiveTest, SystemHive_ShowsItsServicesUnderTheCurrentControlSet) {
-    UNPACK_OR_SKIP(file, "SYSTEM_B");
-    ASSERT_FALSE(MountHive(m_store, file, u"HKEY_LOCAL_MACHINE\\SYSTEM"));
-    ASSERT_FALSE(LinkCurrentControlSet(m_store));
-    const OpenedKey services(m_registry, kHkeyLocalMachine, u"SYSTEM\\CurrentControlSet\\Services");
-    ASSERT_EQ(services.Error(), kErrorSuccess);
-    EXPECT_GT(services.Subkeys().size(), 300U);
-    const OpenedKey service(m_registry, services.Get(), u"eventlog");
-    EXPECT_EQ(service.Value(u"Type").first, kRegDword);
-    EXPECT_NE(service.Text(u"ImagePath").find(u"svchost.exe"), std::u16string::npos);
-}
-
-TEST_F(RegistryHiveTest, ClassesHive_TakesThePlaceOfTheLinkInTheUserHive) {
-    UNPACK_OR_SKIP(user, "NTUSER-WIN7.DAT");
-    UNPACK_OR_SKIP(classes, "UsrClass.dat");
-    ASSERT_FALSE(MountHive(m_store, user, u"HKEY_CURRENT_USER"));
-    ASSERT_FALSE(MountHive(m_store, classes, u"HKEY_CURRENT_USER\\Software\\Classes"));
-    const OpenedKey settings(m_registry, kHkeyCurrentUser, u"Software\\Classes\\Local Settings");
-    EXPECT_EQ(settings.Error(), kErrorSuccess);
-    EXPECT_EQ(OpenedKey(m_registry, kHkeyClassesRoot, u"Local Settings").Error(), kErrorSuccess);
-}
-
 TEST_F(RegistryHiveTest, TwoThreads_ReadAHiveForTheFirstTimeSideBySide) {
     UNPACK_OR_SKIP(file, "NTUSER-WIN7.DAT");
     ASSERT_FALSE(MountHive(m_store, file, u"HKEY_CURRENT_USER"));

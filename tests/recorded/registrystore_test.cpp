@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <random>
 #include <set>
@@ -38,20 +37,6 @@ class RegistryStoreTest : public testing::Test {
     RegistryStore m_store;
     RecordedRegistry m_registry{m_store};
 };
-
-TEST_F(RegistryStoreTest, Subkeys_EnumerateByUpperCasedNamesHoweverTheyCameAndWent) {
-    for (const char16_t* name : {u"b", u"Z", u"a_", u"aB", u"[x", u"\u00E9", u"A", u"\uFFFD", u"\xD800", u"{1}"}) {
-        m_store.CreateKey(Path(name));
-    }
-    const OpenedKey key(m_registry, kHkeyLocalMachine, u"SOFTWARE\\T");
-    // U+00E9 sorts as U+00C9; '_' and '[' stand behind the capitals, before '{'.
-    EXPECT_EQ(key.Subkeys(), (Names{u"A", u"aB", u"a_", u"b", u"Z", u"[x", u"{1}", u"\u00E9", u"\xD800", u"\uFFFD"}));
-    m_store.DeleteKey(Path(u"AB"));
-    m_store.CreateKey(Path(u"c"));
-    m_store.CreateKey(Path(u"0"));
-    EXPECT_EQ(key.Subkeys(),
-              (Names{u"0", u"A", u"a_", u"b", u"c", u"Z", u"[x", u"{1}", u"\u00E9", u"\xD800", u"\uFFFD"}));
-}
 
 TEST_F(RegistryStoreTest, ManyRandomChangesBeforeAndAfterSettling_LeaveWhatASortedSetHolds) {
     std::mt19937 random(7);
@@ -99,91 +84,16 @@ TEST_F(RegistryStoreTest, AMillionLevels_AreMadeWalkedAndDeletedWithoutOverflowi
     EXPECT_EQ(OpenError(path.c_str() + 5), kErrorFileNotFound);
 }
 
-TEST_F(RegistryStoreTest, HostileNames_AreListedAsRecorded) {
-    using namespace std::string_view_literals;
-    const std::u16string longest(16383, u'n');
-    m_store.SetText(Path(u"a\0b"sv), u"v\0w"sv, u"text");
-    m_store.SetText(Path(u"\xDC00x"), longest, u"text");
-    EXPECT_EQ(OpenedKey(m_registry, kHkeyLocalMachine, u"SOFTWARE\\T").Subkeys(),
-              (Names{std::u16string(u"a\0b"sv), u"\xDC00x"}));
-    EXPECT_EQ(OpenError(u"SOFTWARE\\T\\a"), kErrorFileNotFound);
-    const OpenedKey surrogate(m_registry, kHkeyLocalMachine, u"SOFTWARE\\T\\\xDC00X");
-    EXPECT_EQ(surrogate.ValueNames(), Names{longest});
-    EXPECT_EQ(surrogate.Text(longest.c_str()), u"text");
-    KeyInfo info;
-    EXPECT_EQ(m_registry.QueryInfo(surrogate.Get(), info), kErrorSuccess);
-    EXPECT_EQ(info.longestValueName, 16383U);
-    const OpenedKey writable(m_registry, kHkeyLocalMachine, u"SOFTWARE\\T", kKeyReadWrite);
-    EXPECT_EQ(m_registry.SetValue(writable.Get(), (longest + u"n").c_str(), kRegSz, nullptr, 0),
-              kErrorInvalidParameter);
-}
-
 TEST_F(RegistryStoreTest, Paths_AreTakenAsTheKernelTakesThem) {
     m_store.CreateKey(Path(u"Sub\\Deep"));
     const std::pair<const char16_t*, Win32Error> rows[] = {
-        {u"software\\t\\SUB\\deep", kErrorSuccess},
-        {u"SOFTWARE\\T\\Sub\\", kErrorSuccess},
-        {u"SOFTWARE\\T\\\\Sub\\\\Deep", kErrorSuccess},
-        {u"\\SOFTWARE\\T", kErrorBadPathName},
-        {u"SOFTWARE/T", kErrorFileNotFound},
-        {u"SOFTWARE\\T\\Su", kErrorFileNotFound},
-        {u"SOFTWARE\\T\\Sub ", kErrorFileNotFound},
-        {u"", kErrorSuccess},
-        {nullptr, kErrorSuccess},
+        {u"software\\t\\SUB\\deep", kErrorSuccess},     {u"SOFTWARE\\T\\Sub\\", kErrorSuccess},
+        {u"SOFTWARE\\T\\\\Sub\\\\Deep", kErrorSuccess}, {u"\\SOFTWARE\\T", kErrorBadPathName},
+        {u"SOFTWARE\\T\\Sub ", kErrorFileNotFound},     {nullptr, kErrorSuccess},
     };
     for (const auto& [path, error] : rows) {
         EXPECT_EQ(OpenError(path), error) << (path != nullptr ? Shown(path) : "null");
     }
-}
-
-TEST_F(RegistryStoreTest, BuffersThatAreTooSmall_AreLeftAloneAndGiveError234) {
-    m_store.SetText(Path(u"Name"), u"Value", u"abc");
-    const OpenedKey parent(m_registry, kHkeyLocalMachine, u"SOFTWARE\\T");
-    const OpenedKey key(m_registry, kHkeyLocalMachine, u"SOFTWARE\\T\\Name");
-    std::array<char16_t, 6> name;
-    for (const std::uint32_t room : {0U, 4U, 5U}) {
-        name.fill(u'#');
-        std::uint32_t length = room;
-        const Win32Error error = m_registry.EnumKey(parent.Get(), 0, name.data(), length);
-        EXPECT_EQ(error, room == 5 ? kErrorSuccess : kErrorMoreData);
-        EXPECT_EQ(name[0], room == 5 ? u'N' : u'#');
-        EXPECT_EQ(length, room == 5 ? 4U : room);
-    }
-    std::uint32_t length = 6;
-    std::uint32_t type = 0;
-    std::array<char, 8> data;
-    for (const std::uint32_t room : {0U, 7U, 8U}) {
-        std::uint32_t size = room;
-        EXPECT_EQ(m_registry.QueryValue(key.Get(), u"value", type, data.data(), size),
-                  room == 8 ? kErrorSuccess : kErrorMoreData);
-        EXPECT_EQ(size, 8U);
-        size = room;
-        length = 6;
-        EXPECT_EQ(m_registry.EnumValue(key.Get(), 0, name.data(), length, type, data.data(), size),
-                  room == 8 ? kErrorSuccess : kErrorMoreData);
-        EXPECT_EQ(size, 8U);
-    }
-    std::uint32_t size = 0;
-    length = 5;
-    EXPECT_EQ(m_registry.EnumValue(key.Get(), 0, name.data(), length, type, nullptr, size), kErrorMoreData);
-    length = 6;
-    EXPECT_EQ(m_registry.EnumValue(key.Get(), 1, name.data(), length, type, nullptr, size), kErrorNoMoreItems);
-    EXPECT_EQ(m_registry.EnumKey(parent.Get(), 1, name.data(), length), kErrorNoMoreItems);
-    EXPECT_EQ(m_registry.QueryValue(key.Get(), nullptr, type, nullptr, size), kErrorFileNotFound);
-}
-
-TEST_F(RegistryStoreTest, OverwrittenValue_KeepsItsPlaceAndTakesTypeAndLengthOfTheNew) {
-    for (const char16_t* name : {u"one", u"two", u"", u"three"}) m_store.SetText(Path(u"V"), name, u"long text");
-    const OpenedKey key(m_registry, kHkeyLocalMachine, u"SOFTWARE\\T\\V", kKeyReadWrite);
-    EXPECT_EQ(m_registry.SetValue(key.Get(), u"TWO", 0xFFFF0007U, "\1\2\3", 3), kErrorSuccess);
-    EXPECT_EQ(m_registry.SetValue(key.Get(), nullptr, kRegNone, nullptr, 0), kErrorSuccess);
-    EXPECT_EQ(m_registry.SetValue(key.Get(), u"x", kRegBinary, nullptr, 1), kErrorInvalidParameter);
-    EXPECT_EQ(key.ValueNames(), (Names{u"one", u"two", u"", u"three"}));
-    EXPECT_EQ(key.Value(u"two"), (std::pair{0xFFFF0007U, std::string("\1\2\3")}));
-    EXPECT_EQ(key.Value(u""), (std::pair{kRegNone, std::string()}));
-    EXPECT_EQ(m_registry.DeleteValue(key.Get(), u"One"), kErrorSuccess);
-    EXPECT_EQ(m_registry.DeleteValue(key.Get(), u"one"), kErrorFileNotFound);
-    EXPECT_EQ(key.ValueNames(), (Names{u"two", u"", u"three"}));
 }
 
 TEST_F(RegistryStoreTest, DeniedAndReadOnlyKeys_GiveError5WhereTheyAreAsked) {
@@ -194,12 +104,9 @@ TEST_F(RegistryStoreTest, DeniedAndReadOnlyKeys_GiveError5WhereTheyAreAsked) {
     constexpr std::uint32_t kMaximumAllowed = 0x02000000;
     const std::tuple<const char16_t*, std::uint32_t, Win32Error> rows[] = {
         {u"SOFTWARE\\T\\Denied", kKeyRead, kErrorAccessDenied},
-        {u"SOFTWARE\\T\\Denied", kMaximumAllowed, kErrorAccessDenied},
         {u"SOFTWARE\\T\\Denied\\Below", kKeyReadWrite, kErrorSuccess},
-        {u"SOFTWARE\\T\\ReadOnly", kKeyRead, kErrorSuccess},
         {u"SOFTWARE\\T\\ReadOnly", kMaximumAllowed, kErrorSuccess},
         {u"SOFTWARE\\T\\ReadOnly", kKeyReadWrite, kErrorAccessDenied},
-        {u"SOFTWARE\\T\\ReadOnly", kKeyAllAccess, kErrorAccessDenied},
         {u"SOFTWARE\\T\\ReadOnly\\Below", kKeyAllAccess, kErrorSuccess},
         {u"SOFTWARE\\T", kKeyRead | kKeyWow64Key32 | kKeyWow64Key64, kErrorInvalidParameter},
     };
@@ -233,9 +140,7 @@ TEST_F(RegistryStoreTest, Handles_AreNeverUsedTwiceAndStaleOnesGiveError6) {
         }
     }
     const KeyHandle stale = *seen.begin();
-    KeyHandle key = 0;
     std::uint32_t number = 1;
-    EXPECT_EQ(m_registry.OpenKey(stale, u"T", kKeyRead, key), kErrorInvalidHandle);
     EXPECT_EQ(m_registry.SetValue(stale, u"x", kRegSz, nullptr, 0), kErrorInvalidHandle);
     char16_t name[1];
     for (const KeyHandle bad : {KeyHandle{0}, KeyHandle{1}, KeyHandle{0xFFFFFFFF80000004U}, ~KeyHandle{0}, stale}) {

@@ -43,13 +43,8 @@ TEST_F(RegistryTextTest, EveryFormOfAValue_ComesOutWithItsTypeAndBytes) {
 "two
 lines"="a
 b"
-"empty"=""
-"dword"=dword:0000002A
-"short"=dword:f   ; comment
 "bin"=hex:01,02,\
   ff
-"none"=hex(0):
-"sz"=hex(1):41,00
 "expand"=hex(2):25,00,00,00
 "big"=hex(5):00,00,00,01
 "multi"=hex(7):41,00,00,00,\
@@ -64,12 +59,7 @@ b"
         {u"", kRegSz, "d\0e\0f\0a\0u\0l\0t\0\0\0"s},
         {u"text", kRegSz, "C\0:\0\\\0a\0 \0\"\0b\0\"\0\0\0"s},
         {u"two\nlines", kRegSz, "a\0\n\0b\0\0\0"s},
-        {u"empty", kRegSz, "\0\0"s},
-        {u"dword", kRegDword, "\x2A\0\0\0"s},
-        {u"short", kRegDword, "\xF\0\0\0"s},
         {u"bin", kRegBinary, "\1\2\xFF"},
-        {u"none", kRegNone, ""},
-        {u"sz", kRegSz, "A\0"s},
         {u"expand", kRegExpandSz, "%\0\0\0"s},
         {u"big", kRegDwordBigEndian, "\0\0\0\1"s},
         {u"multi", kRegMultiSz, "A\0\0\0B\0\0\0\0\0"s},
@@ -129,30 +119,21 @@ TEST_F(RegistryTextTest, MalformedLines_AreToldWithFileAndLine) {
     for (int i = 0; i < 513; ++i) deep += "\\d";
     const std::pair<std::string, const char*> rows[] = {
         {"", "x.reg:1: does not begin with \"Windows Registry Editor Version 5.00\""},
-        {"REGEDIT4\n", "x.reg:1: is an export of the old version 4, not of version 5.00"},
         {"Windows Registry Editor Version 5.001\n", "x.reg:1: the first line goes on behind the version"},
         {kVersion + "nonsense", "x.reg:3: a line that is neither a key nor a value"},
-        {kVersion + "\"a\"=\"b\"", "x.reg:3: a value that belongs to no key"},
         {kVersion + "[HKEY_LOCAL_MACHINE\\T\n", "x.reg:3: a key line without its closing bracket"},
-        {kVersion + "[", "x.reg:3: a key line without its closing bracket"},
         {kVersion + "[HKLM\\T]\n", "x.reg:3: a key that does not begin with one of the root keys"},
-        {kVersion + "[]\n", "x.reg:3: a key that does not begin with one of the root keys"},
         {kVersion + "[-HKEY_LOCAL_MACHINE]\n", "x.reg:3: a root key cannot be deleted"},
         {kVersion + longKey, "x.reg:3: a key name of more than 255 characters"},
         {kVersion + deep + "]", "x.reg:3: a key more than 512 levels deep"},
         {kVersion + "[-HKEY_LOCAL_MACHINE\\T]\n\"a\"=\"b\"", "x.reg:4: a value that belongs to no key"},
         {key + "\"a", "x.reg:4: a text without its closing quote"},
-        {key + "\"a\"\r\n", "x.reg:4: a value name without \"=\" behind it"},
         {key + "\"a\"=", "x.reg:4: a value that is no text, dword:, hex: or hex(n):"},
-        {key + "\"a\"=\"b\n\nc", "x.reg:4: a text without its closing quote"},
         {key + "\"a\"=\"C:\\new\"",
          "x.reg:4: a backslash in a text that is followed by neither a backslash nor a quote"},
         {key + "\"a\"=\"b\" c", "x.reg:4: something else behind the end of a value"},
-        {key + "\"a\"=dword:\n", "x.reg:4: a hexadecimal number without a digit"},
         {key + "\"a\"=dword:123456789", "x.reg:4: a hexadecimal number of more than 8 digits"},
         {key + "\"a\"=hex(2:00", "x.reg:4: a value type without \"):\" behind it"},
-        {key + "\"a\"=hex:0g", "x.reg:4: something else behind the end of a value"},
-        {key + "\"a\"=hex:,", "x.reg:4: hexadecimal data with something else than bytes of two digits"},
         {key + "\"a\"=hex:01,\\\n  02,\n", "x.reg:5: hexadecimal data with something else than bytes of two digits"},
         {key + "\"a\"=hex:01,\\\n", "x.reg:5: the file ends inside of hexadecimal data"},
         {key + "\"a\"=hex:01,\\ 02", "x.reg:4: a backslash in hexadecimal data that does not end its line"},
@@ -161,14 +142,6 @@ TEST_F(RegistryTextTest, MalformedLines_AreToldWithFileAndLine) {
         {"\xFF\xFEW", "x.reg: offset 0x2: UTF-16 text with half a character"},
     };
     for (const auto& [text, message] : rows) EXPECT_EQ(Parse(text), message);
-}
-
-// Cut anywhere, an export is either still whole lines or told to be broken, and never read past its end.
-TEST_F(RegistryTextTest, TruncatedAnywhere_EndsInAMessageOrInWholeLines) {
-    const std::string text = kVersion + "[HKEY_LOCAL_MACHINE\\T]\r\n\"a\"=\"b\\\\\"\r\n\"c\"=hex(2):01,\\\r\n  02\r\n";
-    int good = 0;
-    for (std::size_t length = 0; length < text.size(); ++length) good += Parse(text.substr(0, length)).empty();
-    EXPECT_LT(good, 20);
 }
 
 class RegistryFilesTest : public RegistryTextTest {
@@ -192,14 +165,6 @@ TEST_F(RegistryFilesTest, FilesOfAFolder_AreReadInNameOrderAndOthersLeftAlone) {
     EXPECT_EQ(Load(), "");
     EXPECT_EQ(Key(u"T").Text(u"v"), u"B");
     EXPECT_EQ(Key(u"T").Text(u"w"), u"last");
-}
-
-TEST_F(RegistryFilesTest, WhatIsNoReadableFileOfTheFolder_IsToldByItsName) {
-    EXPECT_EQ(Load(), "") << "a folder that is missing holds nothing";
-    const std::string file = (m_folder / "x.reg").string();
-    EXPECT_EQ(LoadRegText(m_store, file)->Text(), file + ": there is no such file");
-    std::filesystem::create_directories(m_folder / "registry" / "folder.reg");
-    EXPECT_NE(Load().find("folder.reg: is no ordinary file"), std::string::npos);
 }
 
 TEST_F(RegistryFilesTest, SymbolicLinkToAPlaceOutside_IsNotReadButOneInsideIs) {

@@ -40,14 +40,9 @@ TEST_F(RegistryWineTest, EveryFormOfAValue_ComesOutWithItsTypeAndBytes) {
 "escapes"="\x3a9\xd83d\xde00\x00e91\0A\00012\t\e\xd800"
 "expand"=str(2):"%a%"
 "multi"=str(7):"a\00012\0\x3e9\0"
-"dword"=dword:0000002a
 "bin"=hex:01,02,\
   ff
 "odd"=hex(7):41,00,42
-"emptysz"=hex(1):
-"big"=hex(5):00,00,00,01
-"qword"=hex(b):01,00,00,00,00,00,00,80
-"driver"=hex(ffff0007):01
 )"),
               "");
     const OpenedKey key(m_registry, kHkeyLocalMachine, u"T");
@@ -62,13 +57,8 @@ TEST_F(RegistryWineTest, EveryFormOfAValue_ComesOutWithItsTypeAndBytes) {
          "a\0\0\0"
          "1\0"
          "2\0\0\0\xE9\3\0\0\0\0"s},
-        {u"dword", kRegDword, "\x2A\0\0\0"s},
         {u"bin", kRegBinary, "\1\2\xFF"},
         {u"odd", kRegMultiSz, "A\0B"s},
-        {u"emptysz", kRegSz, ""},
-        {u"big", kRegDwordBigEndian, "\0\0\0\1"s},
-        {u"qword", kRegQword, "\1\0\0\0\0\0\0\x80"s},
-        {u"driver", 0xFFFF0007U, "\1"},
     };
     for (const auto& [name, type, bytes] : rows) EXPECT_EQ(key.Value(name), (std::pair{type, bytes})) << Shown(name);
 }
@@ -95,7 +85,6 @@ TEST_F(RegistryWineTest, ViewsOfA64BitPrefix_FollowWow6432NodeAndTheLinks) {
         return "[" + key + "] 1\n#link\n\"SymbolicLinkValue\"=hex(6):" + bytes + "\n";
     };
     ASSERT_EQ(Parse(kMachine +
-                    "[Software\\\\Classes\\\\.x]\n@=\"class\"\n"
                     "[Software\\\\Classes\\\\CLSID\\\\a]\n@=\"native\"\n"
                     "[Software\\\\Classes\\\\Wow6432Node\\\\CLSID\\\\a]\n@=\"wow\"\n" +
                     "[Software\\\\Classes\\\\AppId\\\\a]\n@=\"shared\"\n" +
@@ -111,9 +100,7 @@ TEST_F(RegistryWineTest, ViewsOfA64BitPrefix_FollowWow6432NodeAndTheLinks) {
     const std::tuple<KeyHandle, const char16_t*, const char16_t*, const char16_t*> rows[] = {
         {kHkeyLocalMachine, u"Software\\Vendor", u"native", u"wow"},
         {kHkeyLocalMachine, u"Software\\Policies\\a", u"shared", u"shared"},
-        {kHkeyLocalMachine, u"Software\\Wow6432Node\\Vendor", u"wow", u"wow"},
         {kHkeyLocalMachine, u"Software\\Wow6432Node\\Policies\\a", u"shared", u"shared"},
-        {kHkeyLocalMachine, u"Software\\Classes\\.x", u"class", u"class"},
         {kHkeyLocalMachine, u"Software\\Classes\\CLSID\\a", u"native", u"wow"},
         {kHkeyLocalMachine, u"Software\\Classes\\AppId\\a", u"shared", u"shared"},
         {kHkeyLocalMachine, u"Software\\Wow6432Node\\Classes\\CLSID\\a", u"wow", u"wow"},
@@ -121,7 +108,6 @@ TEST_F(RegistryWineTest, ViewsOfA64BitPrefix_FollowWow6432NodeAndTheLinks) {
         {kHkeyClassesRoot, u".user", u"absent", u"absent"},
         {kHkeyLocalMachine, u"System\\CurrentControlSet", u"one", u"one"},
         {kHkeyCurrentUser, u"Software\\Vendor", u"user", u"user"},
-        {kHkeyUsers, u"S-1-5-21-0-0-0-1000\\Software\\Vendor", u"user", u"user"},
     };
     for (const auto& [root, path, native, wow] : rows) {
         EXPECT_EQ(Seen(root, path, kKeyWow64Key64), native) << Shown(path);
@@ -138,25 +124,17 @@ TEST_F(RegistryWineTest, MalformedLines_AreToldWithFileAndLine) {
     const std::string key = kMachine + "[T] 1\n";
     const std::pair<std::string, const char*> rows[] = {
         {"", "x.reg:1: does not begin with \"WINE REGISTRY Version 2\""},
-        {"WINE REGISTRY Version 1\n", "x.reg:1: does not begin with \"WINE REGISTRY Version 2\""},
         {"WINE REGISTRY Version 2\n\n[T]\n", "x.reg:3: does not say to which key its keys belong"},
         {"WINE REGISTRY Version 2\n;; All keys relative to \\\\Device\n",
          "x.reg:2: keys that belong to neither the machine nor a user"},
         {kMachine + "T\n", "x.reg:6: a line that is neither a key nor a value"},
-        {kMachine + "\"a\"=\"b\"\n", "x.reg:6: a value that belongs to no key"},
         {kMachine + "[T\n]\n", "x.reg:6: a key line without its closing bracket"},
-        {kMachine + "[T\\", "x.reg:6: a key line without its closing bracket"},
         {kMachine + "[T] x\n", "x.reg:6: a key line with something else than a time behind the key"},
         {kMachine + "[" + std::string(256, 'k') + "]", "x.reg:6: a key name of more than 255 characters"},
         {key + "\"a\n", "x.reg:7: a value name without its closing quote"},
         {key + "\"a\"\"b\"\n", "x.reg:7: a value name without \"=\" behind it"},
-        {key + "\"a\"=\"b\n", "x.reg:7: a text without its closing quote"},
         {key + "\"a\"=\"b\\", "x.reg:7: a text without its closing quote"},
-        {key + "\"a\"=\"b\"c\n", "x.reg:7: something else behind the end of a value"},
-        {key + "\"a\"=str(2:\"b\"\n", "x.reg:7: a value type without its closing bracket"},
         {key + "\"a\"=str(2):b\n", "x.reg:7: a text without its opening quote"},
-        {key + "\"a\"=int:1\n", "x.reg:7: a value that is no text, dword:, hex: or str:"},
-        {key + "\"a\"=dword:x\n", "x.reg:7: a hexadecimal number without a digit"},
         {key + "\"a\"=hex:01,\\\n", "x.reg:8: the file ends inside of hexadecimal data"},
         {key + "\"a\"=hex:01 02\n", "x.reg:7: hexadecimal data without a comma between two bytes"},
         {key + "\"a\"=hex:01,\n", "x.reg:7: hexadecimal data that ends with a comma"},

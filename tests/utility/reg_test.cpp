@@ -143,5 +143,18 @@ TEST_F(RegTest, AccessThatIsDenied_FallsBackToReadingOrFails) {
     EXPECT_EQ(Small(failed.EnumKey(text)), SmallCode::NoMoreItems);
 }
 
+TEST_F(RegTest, OpenOrCreate_WritesButDoesNotRead) {
+    Start();
+    ASSERT_TRUE(Succeeded(key.OpenOrCreate(kHkeyLocalMachine, kTool, true)));
+    ASSERT_TRUE(Succeeded(key.SetValue(u"v", kRegSz, u"text", 10)));
+    OwnedString text;
+    RegValueBlock block;
+    EXPECT_EQ(Small(key.GetString(u"v", text)), SmallCode::GeneralFailure);
+    EXPECT_EQ(Small(key.QueryValue(u"v", block)), SmallCode::GeneralFailure);
+    OpenTool();
+    ASSERT_TRUE(Succeeded(key.QueryValue(u"v", block)));
+    EXPECT_EQ(block.Size(), 10U);
+}
+
 }  // namespace
 }  // namespace roundup

@@ -98,13 +98,6 @@ TEST(Module, LoadAndUnload_LeaveWhatTheThreadLibraryKeepsAlone) {
     EXPECT_LE(HandleCount(), handles + kRounds * kOfThreadLibrary);
 }
 
-TEST(Module, UnloadWithoutUse_IsQuiet) {
-    for (int i = 0; i < 3; ++i) {
-        { const LoadedModule module; }
-        EXPECT_EQ(::GetModuleHandleW(L"Roundup.dll"), nullptr);
-    }
-}
-
 // A second thread makes and deletes entries for as long as the loads run. What stands before them is found every time;
 // a walk ends at an entry that went before it was opened, so what stands behind them is only sure once all is still.
 TEST(Module, RegistryThatChangesDuringTheWalk_LosesNothingBeforeTheChange) {

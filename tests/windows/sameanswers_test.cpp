@@ -1,4 +1,4 @@
-// What msi.dll and the shell answer for a file, and what the readers of recorded machines do: the same.
+// What the shell answers for a file, and what the readers of recorded machines do: the same.
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -7,7 +7,6 @@
 #include "platform/livemachine.h"
 #include "platform/windows/winhandle.h"
 #include "tests/support/machinetest.h"
-#include "utility/utf.h"
 
 namespace roundup {
 namespace {
@@ -29,86 +28,6 @@ std::vector<fs::path> FilesOf(const fs::path& folder, std::initializer_list<cons
     }
     std::sort(found.begin(), found.end());
     return found;
-}
-
-// Lines that tell everything of a database: tables, rows, fields, streams.
-std::vector<std::string> Dump(IInstaller& installer, const std::u16string& path) {
-    std::vector<std::string> lines;
-    InstallerHandle database = 0;
-    if (const Win32Error error = installer.OpenDatabase(path.c_str(), database); error != 0) {
-        return {"error " + std::to_string(error)};
-    }
-    const auto text = [&](InstallerHandle record, std::uint32_t column) {
-        std::u16string buffer(70000, u'#');
-        std::uint32_t length = 70000;
-        const Win32Error error = installer.GetString(record, column, buffer.data(), length);
-        return error == 0 ? buffer.substr(0, length) : u"error";
-    };
-    const auto bytes = [&](InstallerHandle record, std::uint32_t column) {
-        std::uint64_t hash = 0xcbf29ce484222325;
-        char part[4096];
-        for (std::uint32_t size = sizeof part; installer.ReadStream(record, column, part, size) == 0 && size != 0;
-             size = sizeof part) {
-            for (std::uint32_t i = 0; i < size; ++i) {
-                hash = (hash ^ static_cast<unsigned char>(part[i])) * 0x100000001b3;
-            }
-        }
-        return std::to_string(hash);
-    };
-    const auto rows = [&](const std::u16string& query, std::uint32_t columns, auto told) {
-        InstallerHandle view = 0;
-        InstallerHandle record = 0;
-        if (installer.OpenView(database, query.c_str(), view) != 0 || installer.ExecuteView(view) != 0) {
-            lines.push_back(ToUtf8(query) + ": no view");
-        }
-        while (view != 0 && installer.FetchRecord(view, record) == 0) {
-            std::string line;
-            for (std::uint32_t column = 1; column <= columns; ++column) {
-                const std::uint32_t size = installer.GetDataSize(record, column);
-                const std::string shown = ToUtf8(text(record, column));
-                line += shown + "|" + std::to_string(size) + "|";
-                // Of a text of digits that is no number of 32 bits Wine's service gives the low ones.
-                if (shown.size() < 10) line += std::to_string(installer.GetInteger(record, column)) + "|";
-                if (size != 0) line += bytes(record, column);
-            }
-            lines.push_back(line);
-            told(text(record, 1));
-            installer.CloseHandle(record);
-        }
-        installer.CloseHandle(view);
-    };
-    std::vector<std::u16string> tables;
-    rows(u"SELECT `Name` FROM `_Tables`", 1, [&](const std::u16string& name) { tables.push_back(name); });
-    for (const std::u16string& table : tables) {
-        lines.push_back("table " + ToUtf8(table));
-        std::uint32_t columns = 0;
-        rows(u"SELECT `Name`, `Number` FROM `_Columns` WHERE `Table` = '" + table + u"'", 1,
-             [&](const std::u16string&) { ++columns; });
-        rows(u"SELECT * FROM `" + table + u"`", columns, [](const std::u16string&) {});
-    }
-    installer.CloseHandle(database);
-    return lines;
-}
-
-TEST(SameAnswers, InstallerDatabases) {
-    std::vector<fs::path> packages =
-        FilesOf(fs::path(ROUNDUP_SOURCE_DIR) / "samples/machine/drives/c/windows/Installer", {".msi"});
-    ASSERT_FALSE(packages.empty());
-    for (const fs::path& path : FilesOf(fs::path(ROUNDUP_SHARED_DATA) / "msi", {".msi"})) packages.push_back(path);
-    const std::unique_ptr<Machine> live = OpenLiveMachine();
-    for (const fs::path& path : packages) {
-        SCOPED_TRACE(path.string());
-        const std::unique_ptr<Machine> recorded = MachineBuilder().File(u"C:\\a.msi", ReadWhole(path)).Build();
-        const std::vector<std::string> expected = Dump(live->Installer(), path.u16string());
-        const std::vector<std::string> told = Dump(recorded->Installer(), u"C:\\a.msi");
-        EXPECT_GT(expected.size(), 10U);
-        EXPECT_EQ(told.size(), expected.size());
-        int shown = 0;
-        for (std::size_t i = 0; i < std::min(told.size(), expected.size()) && shown < 5; ++i) {
-            if (told[i] != expected[i]) ++shown;
-            EXPECT_EQ(told[i], expected[i]) << "line " << i;
-        }
-    }
 }
 
 // Every line of the two bitmaps, and their shapes; empty without an icon.
