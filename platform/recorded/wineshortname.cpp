@@ -33,13 +33,21 @@ bool IsDosName(std::u16string_view name) {
            std::all_of(name.begin(), name.end(), IsDosCharacter);
 }
 
+// Wine has the plain lower case of Unicode: a letter that is small already stays what it is, where the system's own
+// mapping makes one of all those that share a capital, such as the two forms of sigma.
+char16_t PlainLower(char16_t c) {
+    constexpr std::u16string_view kTitleCase = u"\x01C5\x01C8\x01CB\x01F2";
+    const bool small = ToUpper(c) != c && kTitleCase.find(c) == std::u16string_view::npos;
+    return small ? c : ToLower(c);
+}
+
 // Each character with the next one above it is mixed into a sum of 16 bits.
 std::uint16_t HashOf(std::u16string_view name) {
     std::uint16_t hash = 0xBEEF;
     for (std::size_t i = 0; i < name.size(); ++i) {
-        const unsigned next = i + 1 < name.size() ? ToLower(name[i + 1]) : 0U;
+        const unsigned next = i + 1 < name.size() ? PlainLower(name[i + 1]) : 0U;
         const unsigned turned = static_cast<unsigned>(hash << 3) ^ static_cast<unsigned>(hash >> 5);
-        hash = static_cast<std::uint16_t>(turned ^ ToLower(name[i]) ^ (next << 8));
+        hash = static_cast<std::uint16_t>(turned ^ PlainLower(name[i]) ^ (next << 8));
     }
     return hash;
 }

@@ -1,6 +1,10 @@
+#include <algorithm>
+#include <string_view>
+
 #include "platform/windows/keyorder.h"
 #include "platform/windows/liveareas.h"
 #include "platform/windows/wintext.h"
+#include "utility/casemap.h"
 
 namespace roundup {
 
@@ -13,11 +17,33 @@ HKEY KeyOf(KeyHandle key) { return reinterpret_cast<HKEY>(static_cast<std::intpt
 KeyHandle HandleOf(HKEY key) { return static_cast<KeyHandle>(reinterpret_cast<std::intptr_t>(key)); }
 bool IsRoot(KeyHandle key) { return key >= kHkeyClassesRoot; }
 
+// Takes a start and the backslash behind it off the path.
+bool TakeStart(std::u16string_view& path, std::u16string_view start) {
+    if (!StartsWithNoCase(path, start)) return false;
+    path.remove_prefix(start.size());
+    return true;
+}
+
+// True for a class that both views of Windows share: all but those below five keys.
+bool IsSharedClass(KeyHandle root, std::u16string_view path) {
+    constexpr std::u16string_view kOfEachView[] = {u"Wow6432Node", u"CLSID",      u"DirectShow",
+                                                   u"Interface",   u"Media Type", u"MediaFoundation"};
+    const bool machineOrUser = root == kHkeyLocalMachine || root == kHkeyCurrentUser;
+    if (root != kHkeyClassesRoot && !(machineOrUser && TakeStart(path, u"Software\\Classes\\"))) return false;
+    const std::u16string_view first = path.substr(0, path.find(u'\\'));
+    return std::ranges::none_of(kOfEachView, [&](auto name) { return EqualsNoCase(name, first); });
+}
+
 class LiveRegistry final : public IRegistry {
   public:
     Win32Error OpenKey(KeyHandle parent, const char16_t* subKey, std::uint32_t access, KeyHandle& key) override {
         HKEY opened = nullptr;
-        const LSTATUS status = ::RegOpenKeyExW(KeyOf(parent), ToWide(subKey), 0, access, &opened);
+        LSTATUS status = ::RegOpenKeyExW(KeyOf(parent), ToWide(subKey), 0, access, &opened);
+        if (m_isWine && status == ERROR_FILE_NOT_FOUND && (access & kKeyWow64Key32) != 0 && subKey != nullptr &&
+            IsSharedClass(parent, subKey)) {
+            status = ::RegOpenKeyExW(KeyOf(parent), ToWide(subKey), 0, access ^ (KEY_WOW64_32KEY | KEY_WOW64_64KEY),
+                                     &opened);
+        }
         key = status == ERROR_SUCCESS ? HandleOf(opened) : 0;
         return CodeOf(status);
     }
@@ -82,6 +108,7 @@ class LiveRegistry final : public IRegistry {
     }
 
   private:
+    const bool m_isWine = IsWine();
     KeyOrder m_order;
 };
 

@@ -184,8 +184,9 @@ TEST_F(FacadeTest, CallsFromInsideTheObserver_AreSurvived) {
         auto* const facade = new CRoundup(RefPtr<IAppManager>(RefPtr<ScriptedManager>(m_manager)));
         ScriptedObserver observer;
         bool called = false;
-        observer.callBack = [&](std::string told) {
-            if (told != c.at || std::exchange(called, true)) return;
+        observer.callBack = [&](const std::string& told) {
+            if (called || told != c.at) return;
+            called = true;
             observer.Take();
             if (c.call == Call::NoObserver) facade->SetObserver(nullptr);
             if (c.call == Call::Close) facade->Uninit();

@@ -16,6 +16,7 @@ TEST(WineShortName, IsTheOneThatWineMakes) {
         {u"Program Files (x86)", u"PROG~5P2"},
         {u"Osmundgate Link", u"OSMU~JI0"},
         {u"uninstall.exe", u"UNIN~IQ1.EXE"},
+        {u"\x03B1\x03C3\x03C4\x03AD\x03C1\x03B5\x03C2.exe", u"____~WCZ.EXE"},
         {u"read.me", u""},
         {u"12345678.abc", u""},
         {u"", u""},

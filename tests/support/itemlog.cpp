@@ -113,7 +113,7 @@ ResultCode ItemLog::OnItem(void* log, const char16_t* item, std::uint64_t value,
         self.lines.push_back(kind + ToUtf8(item) + " " + std::to_string(value));
         return kSuccess;
     }
-    std::string bytes(value, '\0');
+    std::string bytes(static_cast<std::size_t>(value), '\0');
     FileHandle file = kInvalidFile;
     std::uint32_t done = 0;
     IFileSystem& files = CurrentMachine().Files();

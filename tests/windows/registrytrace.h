@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/machine.h"
+#include "tests/support/overlaymachine.h"
 
 namespace roundup {
 
@@ -118,23 +118,11 @@ class RegistryTrace final : public IRegistry {
 };
 
 // Another machine, with a trace in front of its registry.
-class TracedMachine final : public Machine {
+class TracedMachine final : public OverlayMachine {
   public:
-    explicit TracedMachine(Machine& behind) : m_behind(behind), trace(behind.Registry()) {}
+    explicit TracedMachine(Machine& behind) : OverlayMachine(behind), trace(behind.Registry()) {}
     IRegistry& Registry() override { return trace; }
-    IFileSystem& Files() override { return m_behind.Files(); }
-    IProfile& Profile() override { return m_behind.Profile(); }
-    IShell& Shell() override { return m_behind.Shell(); }
-    IInstaller& Installer() override { return m_behind.Installer(); }
-    IProcesses& Processes() override { return m_behind.Processes(); }
-    ISecurity& Security() override { return m_behind.Security(); }
-    ISystem& System() override { return m_behind.System(); }
-    IClosedLibraries& ClosedLibraries() override { return m_behind.ClosedLibraries(); }
 
-  private:
-    Machine& m_behind;
-
-  public:
     RegistryTrace trace;
 };
 

@@ -98,6 +98,7 @@ std::vector<std::uint32_t> RankPriCandidates(ByteView section, std::uint32_t dec
     for (std::uint32_t i = 0; i < count; ++i) scored.emplace_back(decisions.Score(decision, i, language), i);
     std::ranges::stable_sort(scored, std::greater<>(), [](const auto& each) { return each.first; });
     std::vector<std::uint32_t> ranked;
+    ranked.reserve(scored.size());
     for (const auto& each : scored) ranked.push_back(each.second);
     return ranked;
 }
