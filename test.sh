@@ -146,8 +146,9 @@ run_tsan() {
 
 run_fuzz() {
     local binary name
-    build fuzz || return
-    for binary in build/fuzz/bin/fuzz_*; do
+    # Another than GCC compiles what the address sanitizer watches, so that one build serves its tests and the targets.
+    [[ -x build/asan/bin/fuzz_link ]] || build asan || return
+    for binary in build/asan/bin/fuzz_*; do
         [[ -x $binary ]] || continue
         name=$(basename "$binary")
         name=${name#fuzz_}
