@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "platform/machine.h"
+#include "utility/casemap.h"
 #include "utility/fileinfo.h"
 #include "utility/ownedstring.h"
 #include "utility/specialfolders.h"
@@ -66,34 +67,41 @@ T FieldAt(const std::array<std::byte, N>& data, std::size_t offset) {
     return value;
 }
 
-bool HasImageEnding(const char16_t* path) {
-    return std::any_of(std::begin(kImageEndings), std::end(kImageEndings),
-                       [path](std::u16string_view ending) { return EndsWithNoCase(path, ending); });
+bool HasImageEnding(std::u16string_view path) {
+    constexpr std::size_t kLength = 4;
+    if (path.size() < kLength || path[path.size() - kLength] != u'.') return false;
+    return std::ranges::any_of(kImageEndings, [ending = path.substr(path.size() - kLength)](std::u16string_view one) {
+        return EqualsNoCase(ending, one);
+    });
 }
 
-bool HasMagic(const char16_t* path, std::uint16_t magic) {
-    if (!HasImageEnding(path)) return false;
+// The magic of an image file's optional header; 0 for every other file.
+std::uint16_t MagicOf(const char16_t* path) {
     ImageFile file(path);
     std::array<std::byte, kDosHeaderSize> dos;
-    if (!file.ReadAt(0, dos) || FieldAt<std::uint16_t>(dos, 0) != kDosSignature) return false;
+    if (!file.ReadAt(0, dos) || FieldAt<std::uint16_t>(dos, 0) != kDosSignature) return 0;
     std::array<std::byte, kNtHeaderSize> nt;
-    if (!file.ReadAt(FieldAt<std::uint32_t>(dos, kNtHeaderOffsetAt), nt)) return false;
-    return FieldAt<std::uint32_t>(nt, 0) == kNtSignature && FieldAt<std::uint16_t>(nt, kMagicAt) == magic;
+    if (!file.ReadAt(FieldAt<std::uint32_t>(dos, kNtHeaderOffsetAt), nt)) return 0;
+    return FieldAt<std::uint32_t>(nt, 0) == kNtSignature ? FieldAt<std::uint16_t>(nt, kMagicAt) : std::uint16_t{0};
 }
 
 }  // namespace
 
-bool IsPe32(const char16_t* path) {
-    if (!Is64BitOS()) return true;
-    if (path == nullptr) return false;
+ImageBits ImageBitsOf(const char16_t* path) {
+    if (!Is64BitOS()) return {true, false};
+    if (path == nullptr) return {false, false};
     const FsRedirectGuard guard;
-    return (IsUnderSystemX86(path, true) && PathExists(path)) || HasMagic(path, kMagic32);
+    const std::u16string_view text(path);
+    ImageBits bits{IsUnderSystemX86(text, true) && PathExists(path), IsUnderSystem(text, true) && PathExists(path)};
+    if ((bits.is32 && bits.is64) || !HasImageEnding(text)) return bits;
+    const std::uint16_t magic = MagicOf(path);
+    bits.is32 = bits.is32 || magic == kMagic32;
+    bits.is64 = bits.is64 || magic == kMagic64;
+    return bits;
 }
 
-bool IsPe32Plus(const char16_t* path) {
-    if (!Is64BitOS() || path == nullptr) return false;
-    const FsRedirectGuard guard;
-    return (IsUnderSystem(path, true) && PathExists(path)) || HasMagic(path, kMagic64);
-}
+bool IsPe32(const char16_t* path) { return ImageBitsOf(path).is32; }
+
+bool IsPe32Plus(const char16_t* path) { return ImageBitsOf(path).is64; }
 
 }  // namespace roundup

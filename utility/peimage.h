@@ -9,4 +9,11 @@ namespace roundup {
 bool IsPe32(const char16_t* path);
 bool IsPe32Plus(const char16_t* path);
 
+// Both answers, for one opening of the file.
+struct ImageBits {
+    bool is32;
+    bool is64;
+};
+ImageBits ImageBitsOf(const char16_t* path);
+
 }  // namespace roundup

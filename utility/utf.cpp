@@ -1,5 +1,6 @@
 #include "utility/utf.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace roundup {
@@ -113,8 +114,13 @@ std::size_t ToUnits(char32_t character, char16_t (&units)[2]) noexcept {
 }
 
 std::string ToUtf8(std::u16string_view text) {
-    std::string target;
-    target.reserve(text.size());
+    // Most texts are ASCII from end to end.
+    const auto ascii = static_cast<std::size_t>(
+        std::find_if(text.begin(), text.end(), [](char16_t unit) { return unit >= 0x80; }) - text.begin());
+    std::string target(text.size(), '\0');
+    std::transform(text.begin(), text.begin() + ascii, target.begin(), [](char16_t c) { return static_cast<char>(c); });
+    target.resize(ascii);
+    text.remove_prefix(ascii);
     while (!text.empty()) AppendUtf8(target, TakeCharacter(text));
     return target;
 }

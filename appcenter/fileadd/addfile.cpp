@@ -25,7 +25,7 @@ bool LongPathOf(const char16_t* path, PathBuffer& buffer, std::u16string_view& l
 }
 
 // Null when memory is short.
-std::unique_ptr<CWFYFile> MakeFile(std::u16string_view path, const OwnedString& shortPath, std::uint64_t size,
+std::unique_ptr<CWFYFile> MakeFile(std::u16string_view path, std::u16string_view shortPath, std::uint64_t size,
                                    std::uint32_t type) {
     std::unique_ptr<CWFYFile> file(new (std::nothrow) CWFYFile);
     if (!file || !file->pwszPath.Assign(path) || !file->pwszShortPath.Assign(shortPath)) return nullptr;
@@ -69,18 +69,13 @@ ResultCode CApp::AddFile(const char16_t* path, std::uint64_t size, std::uint32_t
 
 ResultCode CApp::AddGatheredFile(const OwnedString& path, std::uint64_t size, std::uint32_t type) {
     PathBuffer buffer;
-    OwnedString shortPath;
-    if (GetShortPath(path.Text(), buffer, kPathLimit) == 0) {
-        if (!shortPath.Assign(path)) return Fail(SmallCode::ObjectAllocation);
-    } else if (!shortPath.Assign(buffer)) {
-        return Fail(SmallCode::ObjectAllocation);
-    }
+    const bool hasShort = GetShortPath(path.Text(), buffer, kPathLimit) != 0;
+    const std::u16string_view shortPath = hasShort ? std::u16string_view(buffer) : path.View();
     std::unique_ptr<CWFYFile> file = MakeFile(path, shortPath, size, type);
     if (!file) return Fail(SmallCode::ObjectAllocation);
     std::unique_ptr<CWFYFile> second;
     if (type == FileType::kOrdinary || type == FileType::kPackage) {
-        const bool is64 = IsPe32Plus(path.Text());
-        const bool is32 = IsPe32(path.Text());
+        const auto [is32, is64] = ImageBitsOf(path.Text());
         if (is64) {
             file->dwFlags |= FileFlags::k64BitImage;
             qwFlags = (qwFlags | AppFlags::k64Bit) & ~AppFlags::k32BitImages;

@@ -8,12 +8,17 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#if __has_include(<linux/openat2.h>)
+#include <linux/openat2.h>
+#endif
+
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <climits>
 #include <cstdlib>
 #include <ctime>
+#include <mutex>
 #include <thread>
 #include <utility>
 
@@ -110,6 +115,36 @@ int OpenFlags(HostOpen how) noexcept {
     return O_RDONLY;
 }
 
+// Folders that were opened last, one for each of some threads: what is asked about a folder's files comes one file
+// after the other. What is kept is the folder itself, so nothing that is done to the path meanwhile leads elsewhere.
+class KeptFolders {
+  public:
+    using Folder = std::shared_ptr<const Descriptor>;
+
+    Folder Find(std::string_view path) {
+        Slot& slot = Mine();
+        const std::lock_guard guard(slot.lock);
+        return slot.folder && slot.path == path ? slot.folder : nullptr;
+    }
+    void Keep(std::string_view path, Folder folder) {
+        Slot& slot = Mine();
+        const std::lock_guard guard(slot.lock);
+        slot.path = path;
+        slot.folder = std::move(folder);
+    }
+
+  private:
+    struct Slot {
+        std::mutex lock;
+        std::string path;
+        Folder folder;
+    };
+
+    Slot& Mine() noexcept { return m_slots[HostThreadNumber() % std::size(m_slots)]; }
+
+    Slot m_slots[8];
+};
+
 class PosixFolder final : public HostFolder {
   public:
     PosixFolder(Descriptor folder, std::string path) : m_folder(std::move(folder)), m_path(std::move(path)) {}
@@ -134,16 +169,23 @@ class PosixFolder final : public HostFolder {
   private:
     // What a path's last part is opened, removed or made in.
     struct Place {
-        Descriptor opened;  // of the folder that holds it, unless that is the root
+        KeptFolders::Folder opened;  // the folder that holds it, unless that is the root
         int folder = -1;
         std::string name;
     };
 
     Win32Error OpenFolder(std::string_view path, Descriptor& folder);
+    Win32Error OpenStepwise(std::string_view path, Descriptor& folder);
+    // The folder of a path, opened now.
     Win32Error Locate(std::string_view path, Place& place);
+    // What ask(place) answers, less than 0 with errno for a failure. The folder may be one that was kept; when that has
+    // gone meanwhile, the one that has its path now is asked.
+    template <class Question>
+    Win32Error Ask(std::string_view path, const Question& ask);
 
     const Descriptor m_folder;
     const std::string m_path;
+    KeptFolders m_kept;
 };
 
 void PosixFolder::LockWriters() {
@@ -154,18 +196,46 @@ void PosixFolder::LockWriters() {
     }
 }
 
+constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+
+bool HasOddPart(std::string_view path) noexcept {
+    while (!path.empty()) {
+        const std::size_t end = std::min(path.find('/'), path.size());
+        const std::string_view part = path.substr(0, end);
+        path.remove_prefix(std::min(end + 1, path.size()));
+        if (part.empty() || part == "." || part == "..") return true;
+    }
+    return false;
+}
+
+// One call for the whole path, where the system has one that refuses links; everything but success is told by the walk.
+Win32Error PosixFolder::OpenFolder(std::string_view path, Descriptor& folder) {
+    if (HasOddPart(path)) return kErrorInvalidName;
+#ifdef RESOLVE_NO_SYMLINKS
+    if (!path.empty()) {
+        open_how how{};
+        how.flags = kFolderFlags;
+        how.resolve = RESOLVE_NO_SYMLINKS | RESOLVE_BENEATH;
+        const auto opened = syscall(SYS_openat2, m_folder.Get(), std::string(path).c_str(), &how, sizeof how);
+        if (opened >= 0) {
+            folder = Descriptor(static_cast<int>(opened));
+            return kErrorSuccess;
+        }
+    }
+#endif
+    return OpenStepwise(path, folder);
+}
+
 // One openat for each part, each of which refuses a link: there is no moment at which a part that was looked at could
 // be exchanged for a link and followed.
-Win32Error PosixFolder::OpenFolder(std::string_view path, Descriptor& folder) {
-    constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-    Descriptor current(openat(m_folder.Get(), ".", kFlags));
+Win32Error PosixFolder::OpenStepwise(std::string_view path, Descriptor& folder) {
+    Descriptor current(openat(m_folder.Get(), ".", kFolderFlags));
     if (current.Get() < 0) return FromErrno(errno);
     while (!path.empty()) {
         const std::size_t end = std::min(path.find('/'), path.size());
         const std::string part(path.substr(0, end));
         path.remove_prefix(std::min(end + 1, path.size()));
-        if (part.empty() || part == "." || part == "..") return kErrorInvalidName;
-        Descriptor next(openat(current.Get(), part.c_str(), kFlags));
+        Descriptor next(openat(current.Get(), part.c_str(), kFolderFlags));
         if (next.Get() < 0) {
             const int error = errno;
             // With O_DIRECTORY a link answers ENOTDIR on some systems and ELOOP on others.
@@ -184,14 +254,36 @@ Win32Error PosixFolder::OpenFolder(std::string_view path, Descriptor& folder) {
 Win32Error PosixFolder::Locate(std::string_view path, Place& place) {
     const std::size_t cut = path.rfind('/');
     place.name = path.substr(cut == std::string_view::npos ? 0 : cut + 1);
-    if (place.name.empty() || place.name == "." || place.name == "..") return kErrorInvalidName;
+    if (HasOddPart(place.name) || place.name.empty()) return kErrorInvalidName;
     if (cut == std::string_view::npos) {
         place.folder = m_folder.Get();
         return kErrorSuccess;
     }
-    const Win32Error error = OpenFolder(path.substr(0, cut), place.opened);
-    place.folder = place.opened.Get();
+    Descriptor opened;
+    const Win32Error error = OpenFolder(path.substr(0, cut), opened);
+    place.folder = opened.Get();
+    if (error == kErrorSuccess) place.opened = std::make_shared<const Descriptor>(std::move(opened));
     return error;
+}
+
+template <class Question>
+Win32Error PosixFolder::Ask(std::string_view path, const Question& ask) {
+    const std::size_t cut = path.rfind('/');
+    const std::string_view folder = path.substr(0, cut == std::string_view::npos ? 0 : cut);
+    Place place;
+    if (!folder.empty()) {
+        place.opened = m_kept.Find(folder);
+        if (place.opened) {
+            place.folder = place.opened->Get();
+            place.name = path.substr(cut + 1);
+            if (HasOddPart(place.name) || place.name.empty()) return kErrorInvalidName;
+            if (ask(place) >= 0) return kErrorSuccess;
+        }
+    }
+    if (const Win32Error error = Locate(path, place); error != kErrorSuccess) return error;
+    if (ask(place) < 0) return FromErrno(errno);
+    if (place.opened) m_kept.Keep(folder, std::move(place.opened));
+    return kErrorSuccess;
 }
 
 Win32Error PosixFolder::List(const std::string& path, std::vector<HostEntry>& entries) {
@@ -235,9 +327,10 @@ Win32Error PosixFolder::Query(const std::string& path, SourceKind& kind, std::ui
     if (path.empty()) {
         if (fstat(m_folder.Get(), &info) != 0) return FromErrno(errno);
     } else {
-        Place place;
-        if (const Win32Error error = Locate(path, place); error != kErrorSuccess) return error;
-        if (fstatat(place.folder, place.name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) return FromErrno(errno);
+        const Win32Error error = Ask(path, [&](const Place& place) {
+            return fstatat(place.folder, place.name.c_str(), &info, AT_SYMLINK_NOFOLLOW);
+        });
+        if (error != kErrorSuccess) return error;
     }
     kind = KindOf(info.st_mode);
     size = kind == SourceKind::File ? static_cast<std::uint64_t>(info.st_size) : 0;
@@ -245,11 +338,12 @@ Win32Error PosixFolder::Query(const std::string& path, SourceKind& kind, std::ui
 }
 
 Win32Error PosixFolder::ReadLink(const std::string& path, std::string& target) {
-    Place place;
-    if (const Win32Error error = Locate(path, place); error != kErrorSuccess) return error;
     char text[PATH_MAX];
-    const ssize_t length = readlinkat(place.folder, place.name.c_str(), text, sizeof text);
-    if (length < 0) return FromErrno(errno);
+    ssize_t length = 0;
+    const Win32Error error = Ask(path, [&](const Place& place) {
+        return length = readlinkat(place.folder, place.name.c_str(), text, sizeof text);
+    });
+    if (error != kErrorSuccess) return error;
     target.assign(text, static_cast<std::size_t>(length));
     return kErrorSuccess;
 }

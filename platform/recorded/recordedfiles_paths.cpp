@@ -128,7 +128,23 @@ std::uint32_t RecordedFileSystem::GetLongPath(const char16_t* path, char16_t* bu
     return ConvertPath(path, Form::Long, buffer, size);
 }
 
+// What has no short name stays as it is written.
 std::uint32_t RecordedFileSystem::GetShortPath(const char16_t* path, char16_t* buffer, std::uint32_t size) {
+    if (const PathTrail* const trail = m_tree.FindPlain(path)) {
+        std::u16string result;
+        std::size_t copied = 0;
+        std::size_t start = 2;
+        for (const auto& [end, entry] : trail->Asked()) {
+            const std::u16string name = entry->parent != nullptr ? entry->parent->ShortNameOf(*entry) : u"";
+            if (!name.empty()) {
+                result.append(trail->text + copied, start + 1 - copied).append(name);
+                copied = end;
+            }
+            start = end;
+        }
+        const std::u16string_view rest(trail->text + copied, start - copied);
+        return AnswerText(copied == 0 ? rest : result.append(rest), buffer, size);
+    }
     return ConvertPath(path, Form::Short, buffer, size);
 }
 

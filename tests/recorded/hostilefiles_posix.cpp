@@ -90,10 +90,16 @@ TEST_F(HostileFiles, Links_AreFollowedInsideOfTheSourceAlone) {
 
 TEST_F(HostileFiles, FolderExchangedForALink_IsNotFollowed) {
     IFileSystem& files = OpenFiles();
+    m_folder.Write("machine/drives/c/real/later.txt", "0123456789");
     ASSERT_EQ(ReadFile(files, u"C:\\real\\file.txt"), "inside");
+    FileInfo info;
+    ASSERT_EQ(files.GetInfo(u"C:\\real\\file.txt", info), kErrorSuccess);
     fs::rename(m_c / "real", m_c / "moved");
     Link(m_folder.Path() / "secret", m_c / "real");
     m_folder.Write("secret/file.txt", "secret");
+    m_folder.Write("secret/later.txt", "secret");
+    ASSERT_EQ(files.GetInfo(u"C:\\real\\later.txt", info), kErrorSuccess);
+    EXPECT_EQ(info.size, 10U) << "of the folder that was asked before";
     EXPECT_EQ(ReadFile(files, u"C:\\real\\file.txt"), "error 1920");
     fs::remove(m_c / "real");
     fs::create_directory(m_c / "real");
