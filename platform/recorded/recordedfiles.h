@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -49,8 +50,8 @@ class RecordedFileSystem final : public IFileSystem {
     // The self-relative security descriptor of what stands at the path; empty where the source shows none.
     std::vector<std::byte> ReadSecurity(const char16_t* path);
 
-    // Whole paths of the files that have been opened for writing and lie in memory, each once, in that order; some may
-    // have gone again.
+    // Whole paths of the files that have been opened for writing and lie in memory, each once, sorted; some may have
+    // gone again.
     std::vector<std::u16string> WrittenPaths() const;
 
   private:
@@ -94,7 +95,7 @@ class RecordedFileSystem final : public IFileSystem {
     HandleTable<OpenFind> m_finds;
     ShareTable m_shares;
     mutable std::mutex m_writtenLock;
-    std::vector<std::u16string> m_written;  // guarded by m_writtenLock
+    std::set<std::u16string> m_written;  // guarded by m_writtenLock
 };
 
 }  // namespace roundup

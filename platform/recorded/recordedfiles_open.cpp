@@ -84,14 +84,14 @@ Win32Error RecordedFileSystem::OpenStream(const WinPath& path, std::uint32_t acc
     if (error != kErrorSuccess) m_shares.Leave(file.identity, access, share);
     if (error == kErrorSuccess && write && found.mapped == nullptr) {
         const std::lock_guard guard(m_writtenLock);
-        if (std::find(m_written.begin(), m_written.end(), path.text) == m_written.end()) m_written.push_back(path.text);
+        m_written.insert(path.text);
     }
     return error;
 }
 
 std::vector<std::u16string> RecordedFileSystem::WrittenPaths() const {
     const std::lock_guard guard(m_writtenLock);
-    return m_written;
+    return {m_written.begin(), m_written.end()};
 }
 
 Win32Error RecordedFileSystem::OpenEntry(FileEntry& entry, bool write, std::uint32_t disposition,
