@@ -86,6 +86,7 @@ void CApp::UnGather() {
             app.pConfigFile = nullptr;
             app.pIndexFile = nullptr;
             app.FilePaths.Clear();
+            app.m_lastCounted = app.FilePaths.end();
             app.Directories.Clear();
             app.SystemDirectories.Clear();
             return false;

@@ -117,6 +117,8 @@ class CApp : public CKvObject<IApp> {
     // Notes a file of the config store; true when it is one.
     bool KeepStoreFile(CWFYFile& file) noexcept;
 
+    // The path that AddFile counted last: walks come sorted, so the next one mostly stands right behind it.
+    CStringSet::iterator m_lastCounted = FilePaths.end();
     CApp* m_nextDying = nullptr;
 };
 

@@ -1,4 +1,5 @@
 // The sink that every source of a gather feeds.
+#include <iterator>
 #include <memory>
 #include <new>
 
@@ -61,10 +62,12 @@ ResultCode CApp::AddFile(const char16_t* path, std::uint64_t size, std::uint32_t
 
     OwnedString counted(longPath);
     if (counted.IsNull()) return Fail(SmallCode::ObjectAllocation);
-    const auto [place, isNew] = FilePaths.insert(std::move(counted));
-    if (!isNew) return kSuccess;
+    const std::size_t before = FilePaths.size();
+    const auto behind = m_lastCounted != FilePaths.end() ? std::next(m_lastCounted) : m_lastCounted;
+    m_lastCounted = FilePaths.insert(behind, std::move(counted));
+    if (FilePaths.size() == before) return kSuccess;
     // Zero-terminated, also where the path stands in no buffer of ours.
-    return AddGatheredFile(*place, size, type);
+    return AddGatheredFile(*m_lastCounted, size, type);
 }
 
 ResultCode CApp::AddGatheredFile(const OwnedString& path, std::uint64_t size, std::uint32_t type) {
