@@ -108,6 +108,7 @@ run_native() {
     fi
     step release/exports tools/check-exports build/release/bin/libroundup.so
     step release/kit tools/check-kit build/release
+    step release/readme tools/check-readme build/release/bin/roundup
     step release/packages tools/check-packages build/release
     step release/report tools/check-report build/release/bin/roundup samples/machine
 }

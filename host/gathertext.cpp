@@ -1,6 +1,7 @@
 // The summary: folders with what lies in them, counts by kind, and the records of the store, grouped.
 #include <algorithm>
 #include <map>
+#include <set>
 
 #include "appcenter/app/app.h"
 #include "host/gather.h"
@@ -19,23 +20,29 @@ constexpr std::size_t kMostLines = 40;
 class Group {
   public:
     explicit Group(std::string head) : m_head(std::move(head)) {}
+    // Once each: several sources may tell of the same thing.
     void Add(std::string line) {
-        if (m_lines.size() < kMostLines) m_lines.push_back(std::move(line));
-        ++m_count;
+        const auto [place, isNew] = m_seen.insert(std::move(line));
+        if (isNew && m_lines.size() < kMostLines) m_lines.push_back(&*place);
     }
     std::string Text() const {
-        if (m_count == 0) return {};
-        std::string text = "\n" + m_head + " (" + std::to_string(m_count) + ")\n";
-        for (const std::string& line : m_lines) text += "  " + line + "\n";
-        if (m_count > m_lines.size()) text += "  and " + std::to_string(m_count - m_lines.size()) + " more\n";
+        if (m_seen.empty()) return {};
+        std::string text = "\n" + m_head + " (" + std::to_string(m_seen.size()) + ")\n";
+        for (const std::string* line : m_lines) text += "  " + *line + "\n";
+        const std::size_t left = m_seen.size() - m_lines.size();
+        if (left != 0) text += "  and " + std::to_string(left) + " more\n";
         return text;
     }
 
   private:
     const std::string m_head;
-    std::vector<std::string> m_lines;
-    std::size_t m_count = 0;
+    std::set<std::string> m_seen;
+    std::vector<const std::string*> m_lines;  // in m_seen, as they came
 };
+
+std::string Counted(std::size_t count, const char* one) {
+    return std::to_string(count) + " " + one + (count == 1 ? "" : "s");
+}
 
 const char* RootName(std::uint64_t root) {
     switch (static_cast<std::uint32_t>(root)) {
@@ -61,7 +68,9 @@ std::string ItemLine(std::uint32_t type, const StoreItem& item) {
     const std::vector<std::u16string>& texts = item.texts;
     switch (type) {
         case ItemType::kShortcut:
-            return Printable(texts[0] + u"\\" + texts[1]) + " -> " + Printable(texts[2]);
+            // The package's writer ends the folder in a backslash, the store's own does not.
+            return Printable(texts[0] + (texts[0].ends_with(u'\\') ? u"" : u"\\") + texts[1]) + " -> " +
+                   Printable(texts[2]);
         case ItemType::kService:
             return Printable(texts[0]) + (texts[1].empty() ? "" : " (" + Printable(texts[1]) + ")");
         case ItemType::kIni:
@@ -87,7 +96,7 @@ void AddRegistry(Group& group, std::uint32_t type, const std::vector<StoreItem>&
             values += items[end].name.empty() && items[end].valueType == 0 ? 0U : 1U;
             ++end;
         }
-        group.Add(ItemLine(type, items[i]) + (values != 0 ? "  " + std::to_string(values) + " values" : ""));
+        group.Add(ItemLine(type, items[i]) + (values != 0 ? "  " + Counted(values, "value") : ""));
         i = end;
     }
 }
@@ -135,13 +144,13 @@ struct Summary {
     }
 
     std::string Text() const {
-        std::string text = std::to_string(all.files) + " files, " + ReadableSize(all.size);
-        if (images64 != 0) text += ", " + std::to_string(images64) + " 64-bit images";
-        if (images32 != 0) text += ", " + std::to_string(images32) + " 32-bit images";
+        std::string text = Counted(all.files, "file") + ", " + ReadableSize(all.size);
+        if (images64 != 0) text += ", " + Counted(images64, "64-bit image");
+        if (images32 != 0) text += ", " + Counted(images32, "32-bit image");
         Group group("folders");
         for (const auto& [path, sum] : folders) {
-            group.Add(Fit(ReadableSize(sum.size), 8, true) + Fit(std::to_string(sum.files), 6, true) + " files  " +
-                      path);
+            group.Add(Fit(ReadableSize(sum.size), 8, true) + Fit(std::to_string(sum.files), 6, true) +
+                      (sum.files == 1 ? " file   " : " files  ") + path);
         }
         return text + "\n" + group.Text();
     }
