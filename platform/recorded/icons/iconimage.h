@@ -29,7 +29,7 @@ inline constexpr std::uint32_t kLargestIconSide = 1024;
 // std::bad_alloc.
 std::optional<IconImage> DecodeIconImage(ByteView block);
 
-// The PNG half, by the library of the system. Where there is none, nothing.
+// The PNG half (pngpicture.h).
 std::optional<IconImage> DecodePngImage(ByteView block);
 
 // The image in a square of that many pixels. Where several fall together, the bits that all of them have are left, as
