@@ -1,9 +1,9 @@
-#include <objbase.h>
+#include "platform/recorded/icons/pngpicture.h"
+#include "platform/windows/wintext.h"
+// What builds on it must come behind it.
 #include <wincodec.h>
 
 #include <memory>
-
-#include "platform/recorded/icons/pngpicture.h"
 
 namespace roundup {
 
@@ -63,8 +63,8 @@ bool ReadPngPixels(std::span<const std::byte> file, IconImage& image) {
     if (!converted || FAILED(converted->GetSize(&width, &height))) return false;
     if (width != image.width || height != image.height) return false;
     const auto stride = static_cast<UINT>(width * sizeof image.color[0]);
-    return SUCCEEDED(converted->CopyPixels(nullptr, stride, stride * height,
-                                           reinterpret_cast<BYTE*>(image.color.data())));
+    return SUCCEEDED(
+        converted->CopyPixels(nullptr, stride, stride * height, reinterpret_cast<BYTE*>(image.color.data())));
 }
 
 }  // namespace roundup
