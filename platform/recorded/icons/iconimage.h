@@ -29,7 +29,7 @@ inline constexpr std::uint32_t kLargestIconSide = 1024;
 // std::bad_alloc.
 std::optional<IconImage> DecodeIconImage(ByteView block);
 
-// The PNG half (pngpicture.h).
+// The PNG half, by the decoder of the system.
 std::optional<IconImage> DecodePngImage(ByteView block);
 
 // The image in a square of that many pixels. Where several fall together, the bits that all of them have are left, as

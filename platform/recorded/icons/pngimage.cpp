@@ -1,7 +1,8 @@
-#include "platform/recorded/icons/pngpicture.h"
-
 #include <algorithm>
 #include <vector>
+
+#include "platform/pngpixels.h"
+#include "platform/recorded/icons/iconimage.h"
 
 namespace roundup {
 
@@ -67,7 +68,7 @@ std::optional<IconImage> DecodePngImage(ByteView block) {
     if (image.height == 0 || image.height > kLargestIconSide) return std::nullopt;
     image.color.resize(std::size_t{image.width} * image.height);
     image.mask.resize(image.color.size());
-    if (!ReadPngPixels(file.Bytes(), image)) return std::nullopt;
+    if (!ReadPngPixels(file.Bytes(), image.width, image.height, image.color.data())) return std::nullopt;
     if (!picture.hasAlpha) {
         for (std::uint32_t& pixel : image.color) pixel &= 0xFFFFFF;
     }

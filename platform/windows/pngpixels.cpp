@@ -1,4 +1,5 @@
-#include "platform/recorded/icons/pngpicture.h"
+#include "platform/pngpixels.h"
+
 #include "platform/windows/wintext.h"
 // What builds on it must come behind it.
 #include <wincodec.h>
@@ -38,7 +39,7 @@ class Apartment {
 
 }  // namespace
 
-bool ReadPngPixels(std::span<const std::byte> file, IconImage& image) {
+bool ReadPngPixels(std::span<const std::byte> file, std::uint32_t width, std::uint32_t height, std::uint32_t* pixels) {
     const Apartment apartment;
     const auto factory = Made<IWICImagingFactory>([](IWICImagingFactory** made) {
         return ::CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER, IID_IWICImagingFactory,
@@ -59,12 +60,11 @@ bool ReadPngPixels(std::span<const std::byte> file, IconImage& image) {
     const auto converted = Made<IWICBitmapSource>([&](IWICBitmapSource** made) {
         return ::WICConvertBitmapSource(GUID_WICPixelFormat32bppBGRA, frame.get(), made);
     });
-    UINT width = 0, height = 0;
-    if (!converted || FAILED(converted->GetSize(&width, &height))) return false;
-    if (width != image.width || height != image.height) return false;
-    const auto stride = static_cast<UINT>(width * sizeof image.color[0]);
-    return SUCCEEDED(
-        converted->CopyPixels(nullptr, stride, stride * height, reinterpret_cast<BYTE*>(image.color.data())));
+    UINT realWidth = 0, realHeight = 0;
+    if (!converted || FAILED(converted->GetSize(&realWidth, &realHeight))) return false;
+    if (realWidth != width || realHeight != height) return false;
+    const auto stride = static_cast<UINT>(width * sizeof *pixels);
+    return SUCCEEDED(converted->CopyPixels(nullptr, stride, stride * height, reinterpret_cast<BYTE*>(pixels)));
 }
 
 }  // namespace roundup
