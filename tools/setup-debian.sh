@@ -9,7 +9,7 @@ set -euo pipefail
 
 level=${1:-test}
 packages=(g++ cmake ninja-build pkg-config
-    libhivex-dev libmsi-dev libglib2.0-dev liblnk-dev libbfio-dev libpng-dev
+    libhivex-dev libpng-dev
     libcli11-dev nlohmann-json3-dev)
 optional=()
 case $level in
@@ -19,6 +19,7 @@ test)
     packages+=(git python3 ccache binutils dpkg-dev xz-utils expect
         libgtest-dev libgmock-dev googletest libbenchmark-dev
         clang-16 clang-tidy-16 libclang-rt-16-dev clang-format-14
+        libmsi-dev libglib2.0-dev liblnk-dev libbfio-dev
         libhivex-bin msitools wixl nsis faketime
         g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix
         wine wine64 wine32:i386 xvfb)

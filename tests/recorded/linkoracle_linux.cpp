@@ -1,5 +1,6 @@
 // Links of real machines, read by our reader and by another one.
 #include <gtest/gtest.h>
+#include <liblnk.h>
 
 #include <filesystem>
 #include <fstream>
@@ -8,9 +9,6 @@
 
 #include "platform/recorded/links/linkfile.h"
 #include "utility/utf.h"
-
-#if __has_include(<liblnk.h>)
-#include <liblnk.h>
 
 namespace roundup {
 namespace {
@@ -54,4 +52,3 @@ TEST(LinkOracle, LinksOfRealMachines_SayTheSame) {
 
 }  // namespace
 }  // namespace roundup
-#endif
