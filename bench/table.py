@@ -29,6 +29,8 @@ ROWS = [
     ("gather", "Walk", "ratio", 1.5, "walk of a folder / bare enumeration"),
     ("gather", "Walk", "find", 2.0, "walk of a folder / find as a process"),
     ("gather", "Walk", "bytes_file", 600, "bytes held for a file beyond its path"),
+    ("gather", "Estimate", "busy", -0.8, "share of the processors that estimates use"),
+    ("gather", "Links", "again", 0.01, "second question after links / the first"),
     ("analysis", "AnalyzeProduct", "of_limit", 2.0, "analysis / tables and bare reads"),
     ("scans", "Scans", "ratio", 1.5, "all scans / bare calls of the registry"),
 ]
@@ -82,7 +84,7 @@ def list_memory(roundup):
 def print_row(name, counter, value, bound, text):
     over = value > bound if bound > 0 else value < -bound
     shown = f"{value / 1e6:.0f} M" if value >= 1e6 else f"{value:.2f}"
-    limit = f">= {-bound / 1e6:.0f} M" if bound < 0 else f"<= {bound:g}"
+    limit = f"<= {bound:g}" if bound > 0 else f">= {-bound / 1e6:.0f} M" if bound < -1e6 else f">= {-bound:g}"
     print(f"{name:<41} {counter:<17} {shown:>9}  {limit:<9} {text}{'  over' if over else ''}", flush=True)
     return over
 
