@@ -68,8 +68,8 @@ class CApp : public CKvObject<IApp> {
     // Takes in a path that a source of a gather has found: a file of size bytes, or a directory (FileType). A path
     // counts once. BadArgument for one that is empty or has 520 or more characters.
     ResultCode AddFile(const char16_t* path, std::uint64_t size, std::uint32_t type);
-    // The same for a file whose path is long already, whether it has been counted or not.
-    ResultCode AddGatheredFile(const OwnedString& path, std::uint64_t size, std::uint32_t type);
+    // Takes in a file that a rule names, whether its path has been counted or not.
+    ResultCode AddIncludedFile(const OwnedString& path);
 
     OwnedString pwszName;
     std::int64_t llGatheredSize = 0;   // bytes
@@ -113,6 +113,7 @@ class CApp : public CKvObject<IApp> {
     // Moves the sub-applications that only this object holds into the chain, and lets go of the others.
     void ChainDying(CApp*& chain);
     ResultCode AddDirectory(std::u16string_view path);
+    ResultCode AddGatheredFile(const OwnedString& path, std::uint64_t size, std::uint32_t type);
     void AppendFile(std::unique_ptr<CWFYFile> file);
     // Notes a file of the config store; true when it is one.
     bool KeepStoreFile(CWFYFile& file) noexcept;

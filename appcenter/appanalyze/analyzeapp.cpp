@@ -82,8 +82,7 @@ class Analysis {
     // They do not count among the paths: a walk that comes to one of them adds it once more.
     void AddIncludedFiles() {
         for (const OwnedString& file : m_rules.IncludedFiles) {
-            if (!PathExists(file.Text())) continue;
-            Note(m_app.AddGatheredFile(file, GetFileSize64(file.Text()), FileType::kOrdinary));
+            if (PathExists(file.Text())) Note(m_app.AddIncludedFile(file));
         }
     }
 

@@ -5,6 +5,7 @@
 
 #include "appcenter/app/app.h"
 #include "platform/machine.h"
+#include "utility/fileinfo.h"
 #include "utility/pathtext.h"
 #include "utility/peimage.h"
 #include "utility/specialfolders.h"
@@ -26,10 +27,12 @@ bool LongPathOf(const char16_t* path, PathBuffer& buffer, std::u16string_view& l
 }
 
 // Null when memory is short.
-std::unique_ptr<CWFYFile> MakeFile(std::u16string_view path, std::u16string_view shortPath, std::uint64_t size,
-                                   std::uint32_t type) {
+std::unique_ptr<CWFYFile> MakeFile(const OwnedString& path, std::uint64_t size, std::uint32_t type) {
+    PathBuffer buffer;
+    const bool hasShort = GetShortPath(path.Text(), buffer, kPathLimit) != 0;
     std::unique_ptr<CWFYFile> file(new (std::nothrow) CWFYFile);
-    if (!file || !file->pwszPath.Assign(path) || !file->pwszShortPath.Assign(shortPath)) return nullptr;
+    if (!file || !file->pwszPath.Assign(path)) return nullptr;
+    if (!file->pwszShortPath.Assign(hasShort ? std::u16string_view(buffer) : path.View())) return nullptr;
     file->llSize = static_cast<std::int64_t>(size);
     file->dwType = type;
     return file;
@@ -70,11 +73,16 @@ ResultCode CApp::AddFile(const char16_t* path, std::uint64_t size, std::uint32_t
     return AddGatheredFile(*m_lastCounted, size, type);
 }
 
+ResultCode CApp::AddIncludedFile(const OwnedString& path) {
+    std::unique_ptr<CWFYFile> file = MakeFile(path, GetFileSize64(path.Text()), FileType::kOrdinary);
+    if (!file) return Fail(SmallCode::ObjectAllocation);
+    if (IsPe32Plus(path.Text())) file->dwFlags |= FileFlags::k64BitImage;
+    AppendFile(std::move(file));
+    return kSuccess;
+}
+
 ResultCode CApp::AddGatheredFile(const OwnedString& path, std::uint64_t size, std::uint32_t type) {
-    PathBuffer buffer;
-    const bool hasShort = GetShortPath(path.Text(), buffer, kPathLimit) != 0;
-    const std::u16string_view shortPath = hasShort ? std::u16string_view(buffer) : path.View();
-    std::unique_ptr<CWFYFile> file = MakeFile(path, shortPath, size, type);
+    std::unique_ptr<CWFYFile> file = MakeFile(path, size, type);
     if (!file) return Fail(SmallCode::ObjectAllocation);
     std::unique_ptr<CWFYFile> second;
     if (type == FileType::kOrdinary || type == FileType::kPackage) {
@@ -83,7 +91,7 @@ ResultCode CApp::AddGatheredFile(const OwnedString& path, std::uint64_t size, st
             file->dwFlags |= FileFlags::k64BitImage;
             qwFlags = (qwFlags | AppFlags::k64Bit) & ~AppFlags::k32BitImages;
             // What lies in a system folder passes for both, and counts for both.
-            if (is32) second = MakeFile(path, shortPath, size, type);
+            if (is32) second = MakeFile(path, size, type);
         } else if (is32) {
             file->dwFlags |= FileFlags::k32BitImage;
             if ((qwFlags & AppFlags::k64Bit) == 0) qwFlags |= AppFlags::k32BitImages;

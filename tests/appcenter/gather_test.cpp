@@ -75,14 +75,14 @@ std::string StoreOf(const CApp& app) {
 class GatherTest : public RulesTest {
   protected:
     void SetUp() override {
-        Config(u"Quixo.INC", u"DIR:[..]\\Extra\r\nFILE:[WindowsVolume]\\One\\alone.ini\r\nREG:HKLM, SOFTWARE\\Quixo");
+        Config(u"Quixo.INC", u"DIR:[..]\\Extra\r\nFILE:[WindowsVolume]\\One\\alone.exe\r\nREG:HKLM, SOFTWARE\\Quixo");
         Config(u"Quixo.EXC", u"DIR:[]\\cache");
         builder.File(u"C:\\Apps\\Quixo\\quixo.exe", Image(2))
             .File(u"C:\\Apps\\Quixo\\deep\\er\\old.dll", Image(1))
             .File(u"C:\\Apps\\Quixo\\cache\\left.out", "no")
             .File(u"C:\\Apps\\Quixo\\part\\part.txt", "four")
             .File(u"C:\\Apps\\Extra\\extra.bin", "sixsix")
-            .File(u"C:\\One\\alone.ini", "1")
+            .File(u"C:\\One\\alone.exe", Image(1))
             .Reparse(u"C:\\Apps\\Quixo\\loop", u"C:\\Apps\\Quixo")
             .Text(u"HKLM\\SOFTWARE\\Quixo", u"v", u"x")
             .Text(u"HKLM\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Quixo", u"DisplayName", u"Quixo");
@@ -105,13 +105,13 @@ TEST_F(GatherTest, Tree_FeedsItsRootAndKeepsItsStores) {
     ASSERT_TRUE(Succeeded(app->Gather(nullptr, nullptr)));
     // The included file lies below no walked folder; the part was walked first, and its file counts once.
     EXPECT_EQ(FilesOf(*app), (std::vector<std::string>{
-                                 "0 3 0 C:\\Gone\\fix.MSP", "1 2 0 C:\\One\\alone.ini",
-                                 "4 2 0 C:\\Apps\\Quixo\\part\\part.txt", "512 2 1 C:\\Apps\\Quixo\\quixo.exe",
+                                 "0 3 0 C:\\Gone\\fix.MSP", "4 2 0 C:\\Apps\\Quixo\\part\\part.txt",
+                                 "512 2 0 C:\\One\\alone.exe", "512 2 1 C:\\Apps\\Quixo\\quixo.exe",
                                  "512 2 8 C:\\Apps\\Quixo\\deep\\er\\old.dll", "6 2 0 C:\\Apps\\Extra\\extra.bin"}));
     EXPECT_EQ(DirectoriesOf(app->Directories),
               "C:\\Apps\\Extra\\;C:\\Apps\\Quixo\\;C:\\Apps\\Quixo\\part\\;C:\\One\\;");
     EXPECT_EQ(app->qwFlags & (AppFlags::k64Bit | AppFlags::k32BitImages), AppFlags::k64Bit);
-    EXPECT_GE(app->llGatheredSize, 1035);
+    EXPECT_GE(app->llGatheredSize, 1546);
     EXPECT_EQ(app->llEstimatedSize, app->llGatheredSize);
     const auto& part = static_cast<const CApp&>(*app->SubApps[0]);
     EXPECT_EQ(FilesOf(part), std::vector<std::string>{"4 2 0 C:\\Apps\\Quixo\\part\\part.txt"});
