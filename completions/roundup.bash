@@ -12,6 +12,7 @@ _roundup() {
     --format)
         case $command in
         list) COMPREPLY=($(compgen -W 'table tree json ndjson csv' -- "$word")) ;;
+        gather) COMPREPLY=($(compgen -W 'text json ndjson' -- "$word")) ;;
         *) COMPREPLY=($(compgen -W 'text json' -- "$word")) ;;
         esac
         ;;
@@ -24,7 +25,7 @@ _roundup() {
         list) COMPREPLY=($(compgen -W "$machine $filter --format --progress --help" -- "$word")) ;;
         report) COMPREPLY=($(compgen -W "$machine $filter --html --progress --help" -- "$word")) ;;
         show) COMPREPLY=($(compgen -W "$machine --name --format --help" -- "$word")) ;;
-        gather) COMPREPLY=($(compgen -W "$machine --name --store --format --help" -- "$word")) ;;
+        gather) COMPREPLY=($(compgen -W "$machine --name --all --jobs --store --format --progress --help" -- "$word")) ;;
         uninstall) COMPREPLY=($(compgen -W "$machine --name --dry-run --help" -- "$word")) ;;
         diff)
             [[ $word == -* ]] && COMPREPLY=($(compgen -W '--host --user --verbose --format --help' -- "$word")) ||

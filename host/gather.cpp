@@ -14,7 +14,9 @@ int Gather(const Options& options, const Found& found) {
     const bool written = WriteOut(options.format == Format::Json ? GatherJson(app, result) : GatherText(app));
     if (!written || std::fflush(stdout) != 0) return Complain(kOutputFailed);
     std::string message;
-    if (!options.store.empty() && !KeepStores(app, options.store, message)) return Complain(message);
+    const std::string& folder = options.store;
+    if (!folder.empty() && !(KeepStores(app, folder, message) && KeepWritten(folder, message)))
+        return Complain(message);
     if (Failed(rc)) return Complain("the gather failed with code " + std::to_string(result) + " (the log tells more)");
     return kExitSuccess;
 }

@@ -32,7 +32,7 @@ class Keeper {
   public:
     Keeper(const std::string& folder, std::string& message) : m_folder(PathOf(folder)), m_message(message) {}
 
-    bool Keep(const IApp& root) {
+    bool KeepPairs(const IApp& root) {
         if (!MakeFolder(m_folder)) return false;
         std::vector<const IApp*> waiting{&root};
         std::vector<IApp*> below;
@@ -45,16 +45,7 @@ class Keeper {
             app.GetSubApps(below);
             waiting.insert(waiting.end(), below.begin(), below.end());
         }
-        return KeepWritten();
-    }
-
-  private:
-    bool KeepPair(const CApp& app) {
-        StorePair pair;
-        if (!ReadStorePair(app, pair)) return true;
-        const std::string name = FileName(app.pwszKeyString);
-        return Write(m_folder / PathOf(name + ".cfg"), pair.data) &&
-               Write(m_folder / PathOf(name + ".idx"), pair.index);
+        return true;
     }
 
     // A machine that is not live keeps what is written to its drives in memory.
@@ -73,6 +64,15 @@ class Keeper {
             if (!MakeFolder(target.parent_path()) || !Write(target, bytes)) return false;
         }
         return true;
+    }
+
+  private:
+    bool KeepPair(const CApp& app) {
+        StorePair pair;
+        if (!ReadStorePair(app, pair)) return true;
+        const std::string name = FileName(app.pwszKeyString);
+        return Write(m_folder / PathOf(name + ".cfg"), pair.data) &&
+               Write(m_folder / PathOf(name + ".idx"), pair.index);
     }
 
     bool MakeFolder(const fs::path& folder) {
@@ -102,7 +102,9 @@ class Keeper {
 }  // namespace
 
 bool KeepStores(const IApp& app, const std::string& folder, std::string& message) {
-    return Keeper(folder, message).Keep(app);
+    return Keeper(folder, message).KeepPairs(app);
 }
+
+bool KeepWritten(const std::string& folder, std::string& message) { return Keeper(folder, message).KeepWritten(); }
 
 }  // namespace roundup::host

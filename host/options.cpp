@@ -23,6 +23,7 @@ constexpr const char* kEpilogue =
     "  roundup diff monday.json /mnt/windows\n"
     "  roundup show '{1D2C96C3-A3F3-49E7-B839-95279DED837F}' --machine /mnt/windows --user Ann\n"
     "  roundup gather PustelginNotes --machine samples/machine --store kept\n"
+    "  roundup gather --all --format ndjson --machine ~/.wine\n"
     "  roundup uninstall PustelginNotes --machine samples/machine --dry-run";
 
 // A choice of names for an enumeration, as CLI11 wants it.
@@ -50,12 +51,31 @@ void AddMachineOptions(CLI::App& app, Options& options) {
 }
 
 // The application that a command is about. name is set when the option was given.
-void AddApplication(CLI::App& app, Options& options) {
-    app.add_option("KEY", options.key, "key of the application, case does not matter")->required();
+CLI::Option* AddApplication(CLI::App& app, Options& options) {
+    CLI::Option* key = app.add_option("KEY", options.key, "key of the application, case does not matter");
     app.add_option_function<std::string>(
            "--name", [&options](const std::string& name) { options.name = name; },
            "name of the application, when several share the key")
         ->option_text("NAME");
+    return key;
+}
+
+void AddGather(CLI::App& app, Options& options, Format& format) {
+    CLI::Option* key = AddApplication(app, options);
+    CLI::Option* all = app.add_flag("--all", options.all, "gather everything that is listed, in place of a KEY");
+    key->excludes(all);
+    app.add_option("--jobs", options.jobs, "with --all: so many side by side (default: one for each processor)")
+        ->option_text("NUMBER")
+        ->check(CLI::Range(1, 64).description(""))
+        ->needs(all);
+    app.add_option("--store", options.store, "keep the store pair of each application in that folder")
+        ->option_text("DIR");
+    AddChoice<Format>(app, "--format", format,
+                      {{"text", Format::Text}, {"json", Format::Json}, {"ndjson", Format::JsonLines}},
+                      "text (a summary), json or ndjson (one object a line)");
+    app.final_callback([&options] {
+        if (!options.all && options.key.empty()) throw CLI::RequiredError("KEY or --all");
+    });
 }
 
 void AddProgress(CLI::App& app, Options& options) {
@@ -131,21 +151,18 @@ ParsedCommandLine ParseCommandLine(std::vector<std::string> arguments) {
 
     Format showFormat = Format::Text;
     CLI::App* show = app.add_subcommand("show", "Show one application");
-    AddApplication(*show, options);
+    AddApplication(*show, options)->required();
     AddMachineOptions(*show, options);
     AddChoice<Format>(*show, "--format", showFormat, {{"text", Format::Text}, {"json", Format::Json}}, "text or json");
 
     Format gatherFormat = Format::Text;
     CLI::App* gather = app.add_subcommand("gather", "Work out what belongs to an application");
-    AddApplication(*gather, options);
     AddMachineOptions(*gather, options);
-    gather->add_option("--store", options.store, "keep the store pair of each application in that folder")
-        ->option_text("DIR");
-    AddChoice<Format>(*gather, "--format", gatherFormat, {{"text", Format::Text}, {"json", Format::Json}},
-                      "text (a summary) or json");
+    AddGather(*gather, options, gatherFormat);
+    AddProgress(*gather, options);
 
     CLI::App* uninstall = app.add_subcommand("uninstall", "Run the uninstaller of an application and wait for it");
-    AddApplication(*uninstall, options);
+    AddApplication(*uninstall, options)->required();
     AddMachineOptions(*uninstall, options);
     uninstall->add_flag("--dry-run", options.dryRun, "tell what would run, as JSON, and run nothing");
 
@@ -176,7 +193,7 @@ ParsedCommandLine ParseCommandLine(std::vector<std::string> arguments) {
     if (gather->parsed()) {
         options.command = Command::Gather;
         options.format = gatherFormat;
-        options.progress = ProgressStyle::None;
+        if (!options.all) options.progress = ProgressStyle::None;
     }
     if (report->parsed()) options.command = Command::Report;
     if (diff->parsed()) {

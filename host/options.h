@@ -33,6 +33,8 @@ struct Options {
     ListFilter filter;                // of list
     std::array<std::string, 2> diff;  // machines or files
     std::string store;                // folder for the stores of a gather; empty: they are not kept
+    bool all = false;                 // gather everything; there is no key then
+    unsigned jobs = 0;                // gathers side by side; 0: as many as there are processors
     std::string html;                 // file of the report
     bool dryRun = false;
     bool verbose = false;

@@ -100,6 +100,7 @@ int RunCommand(const Options& options) {
         return written ? kExitSuccess : Complain(kOutputFailed);
     }
     if (options.command == Command::Report) return Report(options, catalogue);
+    if (options.all) return GatherAll(options, catalogue);
     const Found found = FindApp(catalogue.Apps(), options);
     if (found.app == nullptr) return Complain(NotFoundMessage(options));
     if (options.command == Command::Gather) return Gather(options, found);
