@@ -130,6 +130,20 @@ TEST_F(GatherTest, Tree_FeedsItsRootAndKeepsItsStores) {
     EXPECT_EQ(app->llGatheredSize, size);
 }
 
+TEST_F(GatherTest, FolderOfThePublisher_IsNarrowedAndItsComponentsAreKept) {
+    builder.File(u"C:\\Apps\\Maker\\Tool\\tool.exe", "tool")
+        .File(u"C:\\Apps\\Maker\\other.txt", "other")
+        .Text(
+            u"HKLM\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Installer\\UserData\\S-1-5-18\\Components\\"
+            u"00000000000000000000000000000001",
+            u"00000000000000000000000000000002", u"C:\\Apps\\Maker\\Tool\\tool.exe");
+    Start();
+    const RefPtr<CApp> app = MakeApp(u"Tool", u"C:\\Apps\\Maker\\");
+    ASSERT_TRUE(Succeeded(app->Gather(nullptr, nullptr)));
+    EXPECT_EQ(FilesOf(*app), std::vector<std::string>{"4 2 0 C:\\Apps\\Maker\\Tool\\tool.exe"});
+    EXPECT_EQ(StoreOf(*app).substr(0, 2), "4:");
+}
+
 TEST_F(GatherTest, WhatCannotBeGathered_EndsWithItsCodeAndLeavesNoFile) {
     const struct {
         std::u16string_view key, location;
