@@ -24,7 +24,7 @@ _roundup() {
         case $command in
         list) COMPREPLY=($(compgen -W "$machine $filter --format --progress --help" -- "$word")) ;;
         report) COMPREPLY=($(compgen -W "$machine $filter --html --progress --help" -- "$word")) ;;
-        show) COMPREPLY=($(compgen -W "$machine --name --format --help" -- "$word")) ;;
+        show) COMPREPLY=($(compgen -W "$machine --name --why --format --help" -- "$word")) ;;
         gather) COMPREPLY=($(compgen -W "$machine --name --all --jobs --store --format --progress --help" -- "$word")) ;;
         uninstall) COMPREPLY=($(compgen -W "$machine --name --dry-run --help" -- "$word")) ;;
         diff)

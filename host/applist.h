@@ -28,7 +28,8 @@ bool WriteJson(const std::vector<NumberedApp>& apps);
 bool WriteJsonLines(const std::vector<NumberedApp>& apps);
 bool WriteCsv(const std::vector<NumberedApp>& apps);
 
-// One application, with where it comes from and why it, and what hangs below it, hang where they do.
-bool WriteApp(const Found& found, const Layout& layout);
+// One application, with where it comes from and why it, and what hangs below it, hang where they do. why asks for the
+// origin of each field.
+bool WriteApp(const Found& found, bool why, const Layout& layout);
 
 }  // namespace roundup::host

@@ -153,6 +153,7 @@ ParsedCommandLine ParseCommandLine(std::vector<std::string> arguments) {
     CLI::App* show = app.add_subcommand("show", "Show one application");
     AddApplication(*show, options)->required();
     AddMachineOptions(*show, options);
+    show->add_flag("--why", options.why, "tell of each field where it comes from (as text)");
     AddChoice<Format>(*show, "--format", showFormat, {{"text", Format::Text}, {"json", Format::Json}}, "text or json");
 
     Format gatherFormat = Format::Text;

@@ -36,6 +36,7 @@ struct Options {
     bool all = false;                 // gather everything; there is no key then
     unsigned jobs = 0;                // gathers side by side; 0: as many as there are processors
     std::string html;                 // file of the report
+    bool why = false;                 // show the origin of each field
     bool dryRun = false;
     bool verbose = false;
 };

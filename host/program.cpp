@@ -57,7 +57,7 @@ int Show(const Options& options, const Found& found) {
         WriteAppJson(*found.app, found.index, [&](std::string_view text) { written = WriteOut(text) && written; });
         written = WriteOut("\n") && written;
     } else {
-        written = WriteApp(found, LayoutOf(Stream::Output));
+        written = WriteApp(found, options.why, LayoutOf(Stream::Output));
     }
     return written && std::fflush(stdout) == 0 ? kExitSuccess : Complain(kOutputFailed);
 }

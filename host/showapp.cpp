@@ -5,6 +5,7 @@
 #include "host/origin.h"
 #include "host/packagefields.h"
 #include "host/textout.h"
+#include "host/why.h"
 #include "utility/utf.h"
 
 namespace roundup::host {
@@ -60,6 +61,15 @@ class Page {
         const std::string head = Fit(label, kLabelWidth);
         m_text += (m_colour ? "\x1b[2m" + head + "\x1b[0m" : head) + value + "\n";
     }
+    // More of the value above.
+    void AddLines(const std::vector<std::string>& lines) {
+        for (const std::string& line : lines) m_text += std::string(kLabelWidth, ' ') + line + "\n";
+    }
+    // Where the value above comes from.
+    void AddWhy(std::vector<std::string> lines) {
+        for (std::string& line : lines) line.insert(0, "<- ");
+        AddLines(lines);
+    }
     const std::string& Text() const { return m_text; }
 
   private:
@@ -67,19 +77,19 @@ class Page {
     std::string m_text;
 };
 
-void AddApp(Page& page, const CApp& app, const Found& found) {
+void AddApp(Page& page, const CApp& app, const Found& found, bool why) {
+    const FieldOrigins origins(app);
     for (const AppField& field : kAppFields) {
-        if (std::string(field.name) == "flags") {
-            page.Add(field.label, FlagWords(app.GetFlags()));
-        } else {
-            page.Add(field.label, Readable(field, app));
-        }
+        const std::string value = std::string(field.name) == "flags" ? FlagWords(app.GetFlags()) : Readable(field, app);
+        page.Add(field.label, value);
+        if (why && !value.empty()) page.AddWhy(origins.Of(field.name, value));
     }
     for (const RefPtr<IApp>& sub : app.SubApps) {
         page.Add("Sub-application", NameOf(*sub) + Because(*sub));
     }
     if (found.parent != nullptr) page.Add("Part of", NameOf(*found.parent) + Because(app));
     page.Add("Found in", OriginWords(app.dwOrigins));
+    if (why) page.AddLines(origins.Keys());
 }
 
 void AddPackage(Page& page, const CAppx& package) {
@@ -107,12 +117,12 @@ void AddPackage(Page& page, const CAppx& package) {
 
 }  // namespace
 
-bool WriteApp(const Found& found, const Layout& layout) {
+bool WriteApp(const Found& found, bool why, const Layout& layout) {
     Page page(layout.colour);
     if (const auto* package = dynamic_cast<const CAppx*>(found.app)) {
         AddPackage(page, *package);
     } else if (const auto* app = dynamic_cast<const CApp*>(found.app)) {
-        AddApp(page, *app, found);
+        AddApp(page, *app, found, why);
     }
     return WriteOut(page.Text());
 }

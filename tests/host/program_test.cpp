@@ -97,6 +97,17 @@ TEST_F(ProgramTest, ListingsForPeople_LetNoNameSteerTheTerminal) {
     }
 }
 
+TEST_F(ProgramTest, Why_NamesTheValueBehindEachField) {
+    const std::string text = Run({"show", "Paint", "--why"}).output;
+    const std::string blank(22, ' ');
+    const std::string lines[] = {"Aurora Paint\n" + blank + "<- DisplayName of [1]\n",
+                                 "<- InstallDate of [1]: 20240301\n", "<- EstimatedSize of [1]: 2048\n",
+                                 blank + "[1] HKLM\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Paint"};
+    for (const std::string& line : lines) {
+        EXPECT_NE(text.find(line), std::string::npos) << line << text;
+    }
+}
+
 TEST_F(ProgramTest, Diff_ReadsMachinesAndListsAlike) {
     const std::string list = folder / "before.json";
     std::string before = Run({"list", "--format", "json"}).output;
