@@ -8,6 +8,7 @@
 #include <cstdlib>
 
 #include "tests/host/runprogram.h"
+#include "utility/utf.h"
 
 namespace roundup {
 
@@ -23,6 +24,12 @@ std::string Quoted(const std::string& text) {
         quoted += c;
     }
     return quoted.append(backslashes, '\\') + "\"";
+}
+
+// Keys have characters that no code page of one byte holds.
+std::wstring Wide(const std::string& text) {
+    const std::u16string units = FromUtf8(text);
+    return {units.begin(), units.end()};
 }
 
 // While it lives, a descriptor of this process writes to a file.
@@ -52,16 +59,16 @@ ProgramRun RunProgram(const std::vector<std::string>& arguments, const std::vect
     std::vector<std::string> settings = {"ROUNDUP_MACHINE=", "ROUNDUP_HOST=", "TMPDIR=" + folder.Text()};
     settings.insert(settings.end(), environment.begin(), environment.end());
     for (const std::string& setting : settings) _putenv(setting.c_str());
-    std::vector<std::string> quoted = {Quoted(ROUNDUP_PROGRAM)};
-    for (const std::string& argument : arguments) quoted.push_back(Quoted(argument));
-    std::vector<const char*> pointers;
-    for (const std::string& argument : quoted) pointers.push_back(argument.c_str());
+    std::vector<std::wstring> quoted = {Wide(Quoted(ROUNDUP_PROGRAM))};
+    for (const std::string& argument : arguments) quoted.push_back(Wide(Quoted(argument)));
+    std::vector<const wchar_t*> pointers;
+    for (const std::wstring& argument : quoted) pointers.push_back(argument.c_str());
     pointers.push_back(nullptr);
     ProgramRun run;
     std::fflush(nullptr);
     {
         const Redirected output(1, folder / "out"), error(2, folder / "err");
-        run.status = static_cast<int>(_spawnv(_P_WAIT, ROUNDUP_PROGRAM, pointers.data()));
+        run.status = static_cast<int>(_wspawnv(_P_WAIT, Wide(ROUNDUP_PROGRAM).c_str(), pointers.data()));
     }
     for (const std::string& setting : settings) _putenv(setting.substr(0, setting.find('=') + 1).c_str());
     run.output = folder.Read("out");

