@@ -21,10 +21,8 @@ std::u16string IconPath(std::u16string_view productCode, std::u16string_view ico
 
 // "%NAME%" is a variable of the environment, anything else the name of a folder.
 ResultCode WorkingFolder(const CMSIAnalyzer& analyzer, std::u16string_view name, std::u16string& folder) {
-    if (name.size() > 2 && name.front() == u'%') {
-        folder.assign(u"[%").append(name.substr(1, name.size() - 2)).append(u"]");
-        return CFormattedString(&analyzer).Format(folder);
-    }
+    if (name.empty()) return kSuccess;
+    if (name.size() > 2 && name.front() == u'%') return ReadVariable(name.substr(1, name.size() - 2), folder);
     const std::u16string* const known = analyzer.FindProperty(name);
     if (known != nullptr) folder = *known;
     return kSuccess;

@@ -31,7 +31,18 @@ ResultCode Endless(std::u16string_view text, std::u16string_view token, std::u16
     return FailQuiet(SmallCode::GeneralFailure, where);
 }
 
-ResultCode EnvironmentOf(std::u16string_view name, std::u16string& value) {
+// "X:\" at the start of the path.
+ResultCode VolumeOf(std::u16string_view path, std::u16string& value) {
+    const bool has = path.size() >= 3 && path[1] == u':' && path[2] == u'\\';
+    const char16_t letter = has ? static_cast<char16_t>(path[0] | 0x20U) : u'\0';
+    if (letter < u'a' || letter > u'z') return FailQuiet(SmallCode::BadData);
+    value = path.substr(0, 3);
+    return kSuccess;
+}
+
+}  // namespace
+
+ResultCode ReadVariable(std::u16string_view name, std::u16string& value) {
     const std::u16string variable(name);
     ISystem& system = CurrentMachine().System();
     value.resize(260);
@@ -45,17 +56,6 @@ ResultCode EnvironmentOf(std::u16string_view name, std::u16string& value) {
     value.resize(length);
     return kSuccess;
 }
-
-// "X:\" at the start of the path.
-ResultCode VolumeOf(std::u16string_view path, std::u16string& value) {
-    const bool has = path.size() >= 3 && path[1] == u':' && path[2] == u'\\';
-    const char16_t letter = has ? static_cast<char16_t>(path[0] | 0x20U) : u'\0';
-    if (letter < u'a' || letter > u'z') return FailQuiet(SmallCode::BadData);
-    value = path.substr(0, 3);
-    return kSuccess;
-}
-
-}  // namespace
 
 ResultCode CFormattedString::Format(std::u16string& text) const {
     std::uint32_t left = kMaxPassesInAll;
@@ -119,7 +119,7 @@ ResultCode CFormattedString::Evaluate(std::u16string_view token, std::u16string&
         case u'$':
             return m_analyzer->GetComponentPath(rest, value, false);
         case u'%':
-            return EnvironmentOf(rest, value);
+            return ReadVariable(rest, value);
         case u'\\':
             if (rest.empty()) return FailQuiet(SmallCode::BadData);
             value = rest.front();

@@ -11,6 +11,9 @@ namespace roundup {
 
 class CMSIAnalyzer;
 
+// The value of an environment variable. Small code 0x18 for one that is undefined or empty.
+ResultCode ReadVariable(std::u16string_view name, std::u16string& value);
+
 // Used by one thread; the analyzer outlives it. Tokens: learn.microsoft.com, Windows Installer, "Formatted", and the
 // special forms that begin with ";".
 class CFormattedString {
