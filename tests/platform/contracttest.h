@@ -30,10 +30,11 @@ class ContractTest : public MachineTest, public ::testing::WithParamInterface<Ma
         if (!machine) throw std::runtime_error(error.Text());
         return Start(std::move(machine));
     }
+    // In the folder that all machines of this computer share, so under a name that no other test has.
     std::u16string TempPath(const char16_t* name) {
         char16_t folder[300] = {};
         (void)CurrentMachine().System().GetTempFolder(folder, 300);
-        return std::u16string(folder) + name;
+        return folder + m_folder.Path().filename().u16string() + name;
     }
 
   private:
