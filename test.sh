@@ -127,7 +127,7 @@ run_prefix() {
 run_tidy() {
     # Only the compile commands of the debug build are needed.
     [[ -f build/debug/compile_commands.json ]] || cmake --preset debug >/dev/null
-    step tidy tools/check-tidy --build build/debug --jobs "$jobs" --seconds 300
+    step tidy tools/check-tidy --build build/debug --jobs "$jobs" --seconds 240
 }
 
 run_asan() {
