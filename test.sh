@@ -125,8 +125,8 @@ run_prefix() {
 }
 
 run_tidy() {
-    # Only the compile commands of the debug build are needed.
-    [[ -f build/debug/compile_commands.json ]] || cmake --preset debug >/dev/null
+    # Only the compile commands of the debug build are needed, of the sources that there are now.
+    cmake --preset debug >/dev/null
     step tidy tools/check-tidy --build build/debug --jobs "$jobs" --seconds 240
 }
 
