@@ -22,10 +22,6 @@ CInstalledComponents::CInstalledComponents() : m_cacheLock(u"Global\\kv_cinstall
     Sort();
 }
 
-bool CInstalledComponents::Contains(std::u16string_view componentId) const noexcept {
-    return std::binary_search(m_components.begin(), m_components.end(), componentId);
-}
-
 ResultCode CInstalledComponents::Load() {
     std::u16string path;
     if (const ResultCode rc = CacheFilePath(u"Components.ini", path); Failed(rc)) return Pass(rc);
@@ -52,6 +48,7 @@ ResultCode CInstalledComponents::ReadCache(const char16_t* path) {
         std::u16string_view component;
         if (const ResultCode rc = reader.Text(m_texts, component); Failed(rc)) return Pass(rc);
         m_components.push_back(component);
+        m_index.insert(component);
     }
     return reader.End();
 }
@@ -71,6 +68,7 @@ ResultCode CInstalledComponents::Add(std::u16string_view componentId) {
     if (room == nullptr) return Fail(SmallCode::ObjectAllocation);
     componentId.copy(room, componentId.size());
     m_components.push_back(m_texts.Keep(componentId.size()));
+    m_index.insert(m_components.back());
     return kSuccess;
 }
 

@@ -3,6 +3,7 @@
 
 #include <span>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "msianalyzer/textarena.h"
@@ -22,7 +23,7 @@ class CInstalledComponents {
     CInstalledComponents& operator=(const CInstalledComponents&) = delete;
 
     // The identifier in braces, compared exactly.
-    bool Contains(std::u16string_view componentId) const noexcept;
+    bool Contains(std::u16string_view componentId) const { return m_index.contains(componentId); }
     // Ascending, by character value.
     std::span<const std::u16string_view> Components() const noexcept { return m_components; }
 
@@ -36,6 +37,7 @@ class CInstalledComponents {
 
     TextArena m_texts;
     std::vector<std::u16string_view> m_components;
+    std::unordered_set<std::u16string_view> m_index;  // of m_components
     MutexLock m_cacheLock;
 };
 

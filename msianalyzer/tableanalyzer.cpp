@@ -1,5 +1,6 @@
 #include "msianalyzer/tableanalyzer.h"
 
+#include <new>
 #include <utility>
 
 #include "utility/boundary.h"
@@ -71,6 +72,7 @@ void CTableAnalyzer::AddSecondRow(std::u16string_view key, CTableRow* row) { m_s
 void CTableAnalyzer::Clear() noexcept {
     for (RowIndex* index : {&m_rows, &m_rowIndex, &m_secondRows}) index->Clear();
     m_owned.clear();
+    m_arena.Clear();
     m_texts.Clear();
 }
 

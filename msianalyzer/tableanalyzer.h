@@ -1,8 +1,8 @@
 // Tables of an installer database, loaded into memory: the base of all of them.
 #pragma once
 
+#include <cstddef>
 #include <memory>
-#include <new>
 #include <set>
 #include <string>
 #include <string_view>
@@ -10,6 +10,7 @@
 
 #include "msianalyzer/enummsidatabase.h"
 #include "msianalyzer/msimisc.h"
+#include "msianalyzer/rowarena.h"
 #include "msianalyzer/rowindex.h"
 #include "msianalyzer/textarena.h"
 #include "platform/installer.h"
@@ -17,9 +18,13 @@
 
 namespace roundup {
 
-// A row. Its texts belong to its table.
+// A row. Its texts and its memory belong to its table.
 class CTableRow {
   public:
+    static void* operator new(std::size_t size, RowArena& arena) noexcept { return arena.Take(size); }
+    static void operator delete(void*) noexcept {}  // NOLINT(misc-new-delete-overloads): there is no other new
+    static void operator delete(void*, RowArena&) noexcept {}
+
     CTableRow() = default;
     CTableRow(const CTableRow&) = delete;
     CTableRow& operator=(const CTableRow&) = delete;
@@ -32,12 +37,6 @@ struct ReleaseRow {
 };
 template <class T>
 using RowPtr = std::unique_ptr<T, ReleaseRow>;
-
-// Null when memory is short.
-template <class T>
-RowPtr<T> MakeRow() noexcept {
-    return RowPtr<T>(new (std::nothrow) T);
-}
 
 // Empty until Analyze, from then on only read. Used by one thread.
 class CTableAnalyzer {
@@ -76,6 +75,12 @@ class CTableAnalyzer {
     // query: the SELECT statement of the table, a literal.
     explicit CTableAnalyzer(std::u16string_view query) noexcept : m_query(query) {}
 
+    // Null when memory is short.
+    template <class T>
+    RowPtr<T> MakeRow() noexcept {
+        static_assert(alignof(T) <= alignof(std::max_align_t));
+        return RowPtr<T>(new (m_arena) T);
+    }
     // Reads the columns, and adds a row.
     virtual ResultCode ReadRecord(RecordColumns& columns) = 0;
     // For a row without a primary key: owned, and in no index.
@@ -90,6 +95,7 @@ class CTableAnalyzer {
     const std::u16string_view m_query;
     std::unique_ptr<CEnumMsiDatabase> m_view;  // while Analyze runs
     TextArena m_texts;
+    RowArena m_arena;
     std::vector<RowPtr<CTableRow>> m_owned;
     RowIndex m_rows;
     RowIndex m_rowIndex;

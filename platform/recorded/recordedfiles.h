@@ -3,9 +3,9 @@
 
 #include <memory>
 #include <mutex>
-#include <set>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -95,7 +95,7 @@ class RecordedFileSystem final : public IFileSystem {
     HandleTable<OpenFind> m_finds;
     ShareTable m_shares;
     mutable std::mutex m_writtenLock;
-    std::set<std::u16string> m_written;  // guarded by m_writtenLock
+    std::unordered_set<std::u16string> m_written;  // guarded by m_writtenLock
 };
 
 }  // namespace roundup

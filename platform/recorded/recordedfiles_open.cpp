@@ -91,7 +91,9 @@ Win32Error RecordedFileSystem::OpenStream(const WinPath& path, std::uint32_t acc
 
 std::vector<std::u16string> RecordedFileSystem::WrittenPaths() const {
     const std::lock_guard guard(m_writtenLock);
-    return {m_written.begin(), m_written.end()};
+    std::vector<std::u16string> written(m_written.begin(), m_written.end());
+    std::ranges::sort(written);
+    return written;
 }
 
 Win32Error RecordedFileSystem::OpenEntry(FileEntry& entry, bool write, std::uint32_t disposition,
