@@ -86,11 +86,11 @@ class Gathering {
     };
     std::optional<Result> Take(std::size_t index) {
         std::unique_lock guard(m_lock);
-        while (!m_results[index].done) {
-            if (Interrupted()) return std::nullopt;
+        while (!Interrupted()) {
+            if (m_results[index].done) return std::move(m_results[index]);
             m_changed.wait_for(guard, std::chrono::milliseconds(50));
         }
-        return std::move(m_results[index]);
+        return std::nullopt;
     }
 
   private:

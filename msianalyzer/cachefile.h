@@ -16,6 +16,9 @@
 
 namespace roundup {
 
+inline constexpr std::uint32_t kComponentsMagic = 0x00606001;  // installed components
+inline constexpr std::uint32_t kReferrersMagic = 0x00606002;   // what points at type libraries
+
 // Reads such a file from memory. A field that runs past the end of the bytes is small code 1.
 class CacheReader {
   public:

@@ -10,12 +10,6 @@
 
 namespace roundup {
 
-namespace {
-
-constexpr std::uint32_t kMagic = 0x00606001;
-
-}  // namespace
-
 CInstalledComponents::CInstalledComponents() : m_cacheLock(u"Global\\kv_cinstalledcomponents_cache") {
     const auto noMemory = [] { return Fail(SmallCode::ObjectAllocation); };
     Ignore(AtBoundary([this] { return Load(); }, noMemory), u"what was found so far stays");
@@ -43,7 +37,7 @@ ResultCode CInstalledComponents::ReadCache(const char16_t* path) {
     std::vector<std::byte> bytes;
     if (const ResultCode rc = ReadCacheFile(path, m_cacheLock, bytes); Failed(rc)) return Pass(rc);
     CacheReader reader(bytes);
-    if (const ResultCode rc = reader.Header(kMagic); Failed(rc)) return Pass(rc);
+    if (const ResultCode rc = reader.Header(kComponentsMagic); Failed(rc)) return Pass(rc);
     while (reader.More()) {
         std::u16string_view component;
         if (const ResultCode rc = reader.Text(m_texts, component); Failed(rc)) return Pass(rc);
@@ -54,7 +48,7 @@ ResultCode CInstalledComponents::ReadCache(const char16_t* path) {
 }
 
 ResultCode CInstalledComponents::WriteCache(const char16_t* path) {
-    CacheWriter writer(kMagic);
+    CacheWriter writer(kComponentsMagic);
     for (const std::u16string_view component : m_components) {
         if (!component.empty()) writer.Text(component);
     }

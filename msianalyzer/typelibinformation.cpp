@@ -15,7 +15,6 @@ namespace roundup {
 
 namespace {
 
-constexpr std::uint32_t kMagic = 0x00606002;
 constexpr std::u16string_view kEveryVersion = u"0.0";
 
 bool IsAbsent(ResultCode rc) noexcept { return Win32Of(rc) == kErrorFileNotFound; }
@@ -113,7 +112,7 @@ ResultCode CTypeLibInformation::ReadCache(const char16_t* path) {
     std::vector<std::byte> bytes;
     if (const ResultCode rc = ReadCacheFile(path, m_cacheLock, bytes); Failed(rc)) return Pass(rc);
     CacheReader reader(bytes);
-    if (const ResultCode rc = reader.Header(kMagic); Failed(rc)) return Pass(rc);
+    if (const ResultCode rc = reader.Header(kReferrersMagic); Failed(rc)) return Pass(rc);
     if (const ResultCode rc = reader.Number(m_kind); Failed(rc)) return Pass(rc);
     if (const ResultCode rc = reader.Number(m_bits); Failed(rc)) return Pass(rc);
     while (reader.More()) {
@@ -142,7 +141,7 @@ ResultCode CTypeLibInformation::ReadGroup(CacheReader& reader) {
 }
 
 ResultCode CTypeLibInformation::WriteCache(const char16_t* path) {
-    CacheWriter writer(kMagic);
+    CacheWriter writer(kReferrersMagic);
     writer.Number(m_kind);
     writer.Number(m_bits);
     for (std::uint32_t view = 0; view < std::size(m_entries); ++view) {

@@ -12,9 +12,10 @@
 
 namespace roundup {
 
-inline constexpr std::uint32_t kAppMagic = 0x00505041;    // "APP" and a zero
-inline constexpr std::uint32_t kFileMagic = 0x154C4946;   // "FIL" and 0x15
-inline constexpr std::uint32_t kAliasMagic = 0xEACCCBAE;  // in front of a file's alias
+inline constexpr std::uint32_t kAppMagic = 0x00505041;      // "APP" and a zero
+inline constexpr std::uint32_t kFileMagic = 0x154C4946;     // "FIL" and 0x15
+inline constexpr std::uint32_t kPackageMagic = 0x00505042;  // "BPP" and a zero
+inline constexpr std::uint32_t kAliasMagic = 0xEACCCBAE;    // in front of a file's alias
 
 // Levels of sub-applications below the outermost record. Real ones have one or two; the limit bounds the recursion
 // of reading and writing.

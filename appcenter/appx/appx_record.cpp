@@ -20,8 +20,6 @@
 namespace roundup {
 namespace {
 
-constexpr std::uint32_t kPackageMagic = 0x00505042;  // "BPP" and a zero
-
 template <class Sink>
 void PutTexts(Sink& sink, const CStringSet& texts) {
     sink.Put(static_cast<std::uint32_t>(texts.size()));

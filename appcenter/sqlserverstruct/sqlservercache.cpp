@@ -20,7 +20,6 @@ namespace roundup {
 
 namespace {
 
-constexpr std::uint32_t kMagic = 0x01025689;
 constexpr std::uint32_t kLeastBuffer = 1048576;  // bytes
 
 // Writes the record to a buffer, or without one counts its bytes.
@@ -65,7 +64,7 @@ class CacheWriter {
 };
 
 void WriteRecord(const SqlServerInfo& info, CacheWriter& writer) {
-    writer.Number(kMagic);
+    writer.Number(kSqlServerCacheMagic);
     writer.Text(info.GroupComputerName);
     writer.Text(info.ComputerName);
     writer.Number(info.Instances.size());

@@ -21,6 +21,8 @@ ResultCode ReadSqlInstances(SqlServerInfo& info);
 ResultCode ReadSqlSecurity(SqlServerInfo& info);
 
 // The name without "MACHINE", "USERS", "CURRENT_USER" or "CLASSES_ROOT" in front is small code 2.
+inline constexpr std::uint32_t kSqlServerCacheMagic = 0x01025689;
+
 enum class SqlObjectKind { FileOrFolder, RegistryKey };
 // The accounts of the server in an object's access list: those with "SQL" or "$" in their names, ascending, each once.
 // Empty after any failure, which is logged.
