@@ -1,4 +1,5 @@
-// The tables of docs/formats.md against the constants of the code: a reader of stored bytes has only the document.
+// The tables of the documents against the constants of the code: a reader of stored bytes has only docs/formats.md, and
+// one of a log only docs/troubleshooting.md.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -18,22 +19,23 @@
 #include "externfuncinc/roundup.h"
 #include "host/storereader.h"
 #include "msianalyzer/cachefile.h"
+#include "utility/result.h"
 
 namespace roundup {
 namespace {
 
 using testing::ElementsAre;
 
-std::string Document() {
-    const std::ifstream file(std::string(ROUNDUP_SOURCE_DIR) + "/docs/formats.md", std::ios::binary);
+std::string Document(const char* name) {
+    const std::ifstream file(std::string(ROUNDUP_SOURCE_DIR) + "/docs/" + name, std::ios::binary);
     std::ostringstream text;
     text << file.rdbuf();
     return text.str();
 }
 
-// What stands below a heading, up to the next one.
+// What stands below a heading of formats.md, up to the next one.
 std::string Section(const std::string& heading) {
-    static const std::string document = Document();
+    static const std::string document = Document("formats.md");
     const std::size_t start = document.find("\n## " + heading + "\n");
     EXPECT_NE(start, std::string::npos) << heading;
     return start == std::string::npos ? "" : document.substr(start, document.find("\n## ", start + 1) - start);
@@ -117,6 +119,24 @@ TEST(Formats, TypesOfRecords_AreThoseThatTheReaderKnows) {
         }
     }
     EXPECT_EQ(told, known);
+}
+
+TEST(Formats, Codes_AreThoseOfTheResults) {
+    std::map<std::string, SmallCode> told;
+    for (const auto& row : Matches(Document("troubleshooting.md"), "\\| 0x(\\w\\w) \\| (\\d+) \\| `(\\w+)` \\|")) {
+        const unsigned long code = std::stoul(row[0], nullptr, 16);
+        EXPECT_EQ(row[1], std::to_string(code));
+        told[row[2]] = static_cast<SmallCode>(code);
+    }
+    const std::map<std::string, SmallCode> codes{
+#define CODE(name) {#name, SmallCode::name}
+        CODE(GeneralFailure),   CODE(BadArgument),      CODE(BadData),      CODE(OpenFailure),
+        CODE(BufferAllocation), CODE(ShortRead),        CODE(NoMoreItems),  CODE(BadHandle),
+        CODE(ObjectAllocation), CODE(ShortWrite),       CODE(Cancelled),    CODE(ObjectMissing),
+        CODE(NotAvailable),     CODE(InstallerFailure), CODE(PathNotFound), CODE(Win32Failure),
+#undef CODE
+    };
+    EXPECT_EQ(told, codes);
 }
 
 }  // namespace
