@@ -47,7 +47,7 @@ if(TARGET roundup_host)
     install(TARGETS roundup_host RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)
     install(DIRECTORY samples/machine/host/Config DESTINATION ${CMAKE_INSTALL_DATADIR}/roundup/samples
             COMPONENT program OPTIONAL)
-    install(FILES docs/rules.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT program)
+    install(FILES docs/rules.md docs/reconciliation.md docs/formats.md docs/troubleshooting.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT program)
     if(NOT WIN32)
         install(FILES docs/roundup.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
         install(FILES completions/roundup.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
