@@ -52,9 +52,8 @@ void ReadVersion(IRegistry& registry, MachineSettings::Version& version) {
 
 }  // namespace
 
-std::optional<std::string> FindBelow(HostFolder& folder, std::initializer_list<std::string_view> names,
-                                     SourceKind kind) {
-    std::string path;
+std::optional<std::string> FindBelow(HostFolder& folder, std::initializer_list<std::string_view> names, SourceKind kind,
+                                     std::string path) {
     std::size_t left = names.size();
     for (const std::string_view name : names) {
         const SourceKind wanted = --left == 0 ? kind : SourceKind::Folder;

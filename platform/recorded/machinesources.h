@@ -22,8 +22,8 @@ SourceStatus LoadOfflineVolume(const std::shared_ptr<HostFolder>& folder, const 
 
 // The path below folder whose parts are these names in any case, of the kind told; nothing when there is none. The
 // exact names come first. Links are not followed.
-std::optional<std::string> FindBelow(HostFolder& folder, std::initializer_list<std::string_view> names,
-                                     SourceKind kind);
+std::optional<std::string> FindBelow(HostFolder& folder, std::initializer_list<std::string_view> names, SourceKind kind,
+                                     std::string path = {});
 
 // Whole content of a file that must not be larger than most bytes.
 SourceStatus ReadWhole(HostFolder& folder, const std::string& path, std::uint64_t most, std::string& bytes);

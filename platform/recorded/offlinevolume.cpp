@@ -23,25 +23,54 @@ SourceError Fault(const std::string& file, std::string what) {
     return {file, SourceError::Place::None, 0, std::move(what)};
 }
 
+// Where hives are mounted, and who hears of those that are not whole.
+struct Mounting {
+    RegistryStore& store;
+    HostFolder& folder;
+    TextSink notes;
+};
+
+// The hive at that path below the folder, as FindBelow found it.
+SourceStatus MountWithLogs(const Mounting& mounting, const std::string& hive, std::u16string_view path) {
+    HiveFiles files{mounting.folder.Path() + "/" + hive};
+    const std::size_t slash = hive.rfind('/');
+    for (const char* ending : {".LOG1", ".LOG2", ".LOG"}) {
+        const std::string name = hive.substr(slash + 1) + ending;
+        const auto log = FindBelow(mounting.folder, {name}, SourceKind::File, hive.substr(0, slash));
+        if (log) files.logs.push_back(mounting.folder.Path() + "/" + *log);
+    }
+    HiveState state = HiveState::Whole;
+    if (SourceStatus status = MountHive(mounting.store, files, path, state)) return status;
+    if (state != HiveState::Whole && mounting.notes) {
+        mounting.notes(FromUtf8(files.file) + (state == HiveState::Completed
+                                                   ? u": completed from its logs\n"
+                                                   : u": a write to it had not ended, and no log has the rest\n"));
+    }
+    return std::nullopt;
+}
+
 // A hive of Windows/System32/config; one that is not there is left out unless it is needed.
-SourceStatus MountSystemHive(RegistryStore& store, HostFolder& folder, std::string_view name, std::u16string_view path,
-                             bool needed) {
+SourceStatus MountSystemHive(const Mounting& mounting, std::string_view name, std::u16string_view path, bool needed) {
+    HostFolder& folder = mounting.folder;
     const auto file = FindBelow(folder, {"Windows", "System32", "config", name}, SourceKind::File);
-    if (file) return MountHive(store, folder.Path() + "/" + *file, path);
+    if (file) return MountWithLogs(mounting, *file, path);
     if (!needed) return std::nullopt;
     return Fault(folder.Path(), "there is no hive Windows/System32/config/" + std::string(name));
 }
 
-SourceStatus MountMachineHives(RegistryStore& store, HostFolder& folder) {
-    if (SourceStatus status = MountSystemHive(store, folder, "SOFTWARE", u"HKEY_LOCAL_MACHINE\\SOFTWARE", true)) {
-        return status;
+SourceStatus MountMachineHives(const Mounting& mounting) {
+    const struct {
+        std::string_view name;
+        std::u16string_view path;
+        bool needed;
+    } hives[] = {{"SOFTWARE", u"HKEY_LOCAL_MACHINE\\SOFTWARE", true},
+                 {"SYSTEM", u"HKEY_LOCAL_MACHINE\\SYSTEM", true},
+                 {"SAM", u"HKEY_LOCAL_MACHINE\\SAM", false},
+                 {"DEFAULT", u"HKEY_USERS\\.DEFAULT", false}};
+    for (const auto& hive : hives) {
+        if (SourceStatus status = MountSystemHive(mounting, hive.name, hive.path, hive.needed)) return status;
     }
-    if (SourceStatus status = MountSystemHive(store, folder, "SYSTEM", u"HKEY_LOCAL_MACHINE\\SYSTEM", true)) {
-        return status;
-    }
-    if (SourceStatus status = MountSystemHive(store, folder, "SAM", u"HKEY_LOCAL_MACHINE\\SAM", false)) return status;
-    if (SourceStatus status = MountSystemHive(store, folder, "DEFAULT", u"HKEY_USERS\\.DEFAULT", false)) return status;
-    return LinkCurrentControlSet(store);
+    return LinkCurrentControlSet(mounting.store);
 }
 
 // Names of the folders of Users that hold a user's hive and are not Windows' own, ascending.
@@ -88,25 +117,25 @@ std::u16string FindSid(IRegistry& registry, std::u16string_view profile, std::u1
     return {};
 }
 
-SourceStatus MountUser(RegistryStore& store, HostFolder& folder, const std::string& profile, std::u16string_view sid) {
+SourceStatus MountUser(const Mounting& mounting, const std::string& profile, std::u16string_view sid) {
+    HostFolder& folder = mounting.folder;
     const std::u16string key = u"HKEY_USERS\\" + std::u16string(sid);
     const auto hive = FindBelow(folder, {"Users", profile, "NTUSER.DAT"}, SourceKind::File);
     if (!hive) return Fault(folder.Path(), "the hive of " + profile + " is gone");
-    if (SourceStatus status = MountHive(store, folder.Path() + "/" + *hive, key)) return status;
+    if (SourceStatus status = MountWithLogs(mounting, *hive, key)) return status;
     const auto classes = FindBelow(
         folder, {"Users", profile, "AppData", "Local", "Microsoft", "Windows", "UsrClass.dat"}, SourceKind::File);
     if (!classes) return std::nullopt;
     // The key that the system shows as <sid>_Classes is this one; a hive mounted under the other name would be no part
     // of the user's Software.
-    return MountHive(store, folder.Path() + "/" + *classes, key + u"\\Software\\Classes");
+    return MountWithLogs(mounting, *classes, key + u"\\Software\\Classes");
 }
 
 // The layout of the registry must be known before anything is mounted, and the registry says it.
 SourceStatus FindArchitecture(HostFolder& folder, MachineSettings& settings) {
     RegistryStore scratch;
-    if (SourceStatus status = MountSystemHive(scratch, folder, "SYSTEM", u"HKEY_LOCAL_MACHINE\\SYSTEM", true)) {
-        return status;
-    }
+    const Mounting mounting{scratch, folder, {}};
+    if (SourceStatus status = MountSystemHive(mounting, "SYSTEM", u"HKEY_LOCAL_MACHINE\\SYSTEM", true)) return status;
     if (SourceStatus status = LinkCurrentControlSet(scratch)) return status;
     RecordedRegistry registry(scratch);
     ReadSystemSettings(registry, settings);
@@ -123,7 +152,8 @@ SourceStatus LoadOfflineVolume(const std::shared_ptr<HostFolder>& folder, const 
     parts.registry = std::make_unique<RegistryStore>(parts.settings.Is64Bit() ? RegistryLayout::Windows64
                                                                               : RegistryLayout::Windows32);
     RegistryStore& store = *parts.registry;
-    if (SourceStatus status = MountMachineHives(store, *folder)) return status;
+    const Mounting mounting{store, *folder, options.debug};
+    if (SourceStatus status = MountMachineHives(mounting)) return status;
 
     RecordedRegistry registry(store);
     ReadSystemSettings(registry, parts.settings);
@@ -131,7 +161,7 @@ SourceStatus LoadOfflineVolume(const std::shared_ptr<HostFolder>& folder, const 
     std::u16string path;
     const std::u16string sid = FindSid(registry, parts.settings.user, path);
     store.SetUser(sid.empty() ? kDefaultUserSid : std::u16string_view(sid));
-    if (SourceStatus status = MountUser(store, *folder, profile, store.UserSid())) return status;
+    if (SourceStatus status = MountUser(mounting, profile, store.UserSid())) return status;
     // The list may name the folder by a variable; where it is, is known.
     if (path.size() > 2 && path[1] == u':') parts.profile = path;
     parts.registryEnvironment = true;

@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "platform/recorded/openmachine.h"
+#include "tests/support/hivelogwriter.h"
 #include "tests/support/machinetest.h"
 #include "tests/support/tempfolder.h"
 
@@ -57,6 +58,7 @@ class OfflineVolume : public MachineTest {
         OpenOptions options;
         options.folder = m_folder.Text() + "/volume";
         options.user = user;
+        options.debug = [this](std::u16string_view text) { m_notes += text; };
         SourceError error;
         std::unique_ptr<Machine> machine = OpenRecordedMachine(options, error);
         m_message = machine ? std::string() : error.Text().substr(options.folder.size());
@@ -65,6 +67,7 @@ class OfflineVolume : public MachineTest {
 
     TempFolder m_folder;
     std::string m_message;
+    std::u16string m_notes;
 };
 
 TEST_F(OfflineVolume, OnlyUser_IsTheOneShown) {
@@ -103,6 +106,24 @@ TEST_F(OfflineVolume, KeysOfTheHives_NameTheAccountsOfTheirAccessLists) {
     EXPECT_TRUE(names.empty());
     EXPECT_EQ(machine->Security().GetFileAccounts(u"C:\\Users\\Ann\\ntuser.dat", names), kErrorSuccess);
     EXPECT_EQ(machine->Security().GetFileAccounts(u"C:\\Absent", names), kErrorFileNotFound);
+}
+
+// The hive lost a page that the log beside it has; names of both are as somebody wrote them.
+TEST_F(OfflineVolume, HiveWhoseWriteHasNotEnded_IsReadWithTheLogBesideIt) {
+    const fs::path place = "volume/windows/system32/Config/Software";
+    std::string hive = m_folder.Read(place);
+    std::uint32_t blocks = 0;
+    std::memcpy(&blocks, hive.data() + 40, sizeof blocks);
+    const std::string page = hive.substr(4096, 4096);
+    hive.replace(4096, 4096, 4096, '\0');
+    SetHiveHeader(hive, 2, 1, 0);
+    m_folder.Write(place, hive);
+    EXPECT_EQ(Open(), nullptr);
+    m_notes.clear();
+    m_folder.Write(place.string() + ".log1", HiveLog(hive, 1, 6, HiveLogEntry(1, blocks, {{0, page}})));
+    EXPECT_NE(Open(), nullptr) << m_message;
+    EXPECT_NE(m_notes.find(u"Software: completed from its logs\n"), m_notes.npos);
+    EXPECT_NE(m_notes.find(u"SYSTEM: a write to it had not ended, and no log has the rest\n"), m_notes.npos);
 }
 
 TEST_F(OfflineVolume, SeveralUsers_MustBeChosenFrom) {

@@ -10,6 +10,7 @@
 #include "platform/recorded/registry/recordedregistry.h"
 #include "platform/recorded/registry/registrysources.h"
 #include "tests/recorded/registryreading.h"
+#include "tests/support/hivelogwriter.h"
 #include "tests/support/tempfolder.h"
 
 namespace roundup {
@@ -52,7 +53,12 @@ class RegistryHiveTest : public testing::Test {
         return m_temp.Text() + "/changed";
     }
 
+    SourceStatus Mount(const std::string& file, std::u16string_view path) {
+        return MountHive(m_store, {file}, path, m_state);
+    }
+
     const TempFolder m_temp;
+    HiveState m_state = HiveState::Whole;
     const fs::path m_folder = m_temp.Path();
     RegistryStore m_store;
     RecordedRegistry m_registry{m_store};
@@ -64,7 +70,7 @@ class RegistryHiveTest : public testing::Test {
 
 TEST_F(RegistryHiveTest, UserHive_ShowsItsUninstallEntries) {
     UNPACK_OR_SKIP(file, "NTUSER-WIN7.DAT");
-    ASSERT_FALSE(MountHive(m_store, file, u"HKEY_CURRENT_USER"));
+    ASSERT_FALSE(Mount(file, u"HKEY_CURRENT_USER"));
     const OpenedKey uninstall(m_registry, kHkeyCurrentUser, u"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall");
     ASSERT_EQ(uninstall.Error(), kErrorSuccess);
     const Names entries = uninstall.Subkeys();
@@ -81,9 +87,40 @@ TEST_F(RegistryHiveTest, UserHive_ShowsItsUninstallEntries) {
     EXPECT_EQ(counts.errors, 0U);
 }
 
+// Pages of a whole hive are taken out of it and put into two logs, as a Windows leaves it that was switched off.
+TEST_F(RegistryHiveTest, WriteThatHasNotEnded_IsCompletedFromTheLogs) {
+    UNPACK_OR_SKIP(file, "NTUSER-WIN7.DAT");
+    std::string hive = Read(file);
+    std::uint32_t blocks = 0;
+    std::memcpy(&blocks, hive.data() + 40, sizeof blocks);
+    constexpr std::uint32_t kPage = 4096;
+    std::string entries[2];
+    for (std::uint32_t page = 0; page < 20; ++page) {
+        const std::uint32_t offset = page * 7 * kPage;
+        const std::string bytes = hive.substr(kPage + offset, kPage);
+        entries[page / 10] += HiveLogEntry(70 + page, blocks, {{offset, bytes}});
+        hive.replace(kPage + offset, kPage, kPage, '\0');
+    }
+    SetHiveHeader(hive, 71, 70, 0);
+    m_temp.Write("dirty.LOG1", HiveLog(hive, 80, 6, entries[1]));
+    m_temp.Write("dirty.LOG2", HiveLog(hive, 70, 6, entries[0]));
+    const HiveFiles files{Write(hive), {m_temp / "dirty.LOG1", m_temp / "dirty.LOG2", m_temp / "gone.LOG"}};
+    ASSERT_FALSE(MountHive(m_store, files, u"HKEY_CURRENT_USER", m_state));
+    EXPECT_EQ(m_state, HiveState::Completed);
+    Counts counts;
+    Walk(m_registry, kHkeyCurrentUser, u"", counts);
+    EXPECT_EQ(counts.keys, 2288U);
+    EXPECT_EQ(counts.values, 5470U);
+
+    // A real one without its logs is read as it is.
+    UNPACK_OR_SKIP(copied, "UsrClass.dat");
+    ASSERT_FALSE(Mount(copied, u"HKEY_CURRENT_USER"));
+    EXPECT_EQ(m_state, HiveState::Incomplete);
+}
+
 TEST_F(RegistryHiveTest, TwoThreads_ReadAHiveForTheFirstTimeSideBySide) {
     UNPACK_OR_SKIP(file, "NTUSER-WIN7.DAT");
-    ASSERT_FALSE(MountHive(m_store, file, u"HKEY_CURRENT_USER"));
+    ASSERT_FALSE(Mount(file, u"HKEY_CURRENT_USER"));
     std::array<Counts, 2> counts;
     std::thread first([&] { Walk(m_registry, kHkeyCurrentUser, u"", counts[0]); });
     std::thread second([&] { Walk(m_registry, kHkeyCurrentUser, u"", counts[1]); });
@@ -96,14 +133,13 @@ TEST_F(RegistryHiveTest, TwoThreads_ReadAHiveForTheFirstTimeSideBySide) {
 
 TEST_F(RegistryHiveTest, WhatIsNoHiveOrWasCut_IsToldWithItsOffset) {
     const auto mount = [this](const std::string& bytes) {
-        const SourceStatus status = MountHive(m_store, Write(bytes), u"HKLM\\SOFTWARE");
+        const SourceStatus status = Mount(Write(bytes), u"HKLM\\SOFTWARE");
         return status ? status->Text().substr(status->file.size()) : std::string();
     };
     EXPECT_EQ(mount(""), ": is an empty file");
     EXPECT_EQ(mount("no hive at all"), ": offset 0x0: is no registry hive");
     EXPECT_EQ(mount("regf"), ": offset 0x4: a hive that ends inside of its header");
-    EXPECT_NE(MountHive(m_store, m_folder.string(), u"HKLM\\SOFTWARE")->Text().find("is no ordinary file"),
-              std::string::npos);
+    EXPECT_NE(Mount(m_folder.string(), u"HKLM\\SOFTWARE")->Text().find("is no ordinary file"), std::string::npos);
     UNPACK_OR_SKIP(file, "NTUSER-WIN7.DAT");
     const std::string whole = Read(file);
     EXPECT_EQ(mount(whole.substr(0, 0x1800)), ": offset 0x1800: a hive that ends before its last block does");
@@ -131,7 +167,7 @@ TEST_F(RegistryHiveTest, DamagedAnywhere_EndsInAMessageOrAWalkThatEnds) {
         }
         RegistryStore store;
         RecordedRegistry registry(store);
-        if (MountHive(store, Write(damaged), u"HKEY_CURRENT_USER")) continue;
+        if (MountHive(store, {Write(damaged)}, u"HKEY_CURRENT_USER", m_state)) continue;
         Counts counts;
         Walk(registry, kHkeyCurrentUser, u"", counts);
         EXPECT_LT(counts.keys, 5000U);
@@ -156,7 +192,7 @@ TEST_F(RegistryHiveTest, SubkeyListThatLeadsBackToTheRoot_IsNoCircle) {
     // The child gets the root's own list: its subkeys are then itself and its siblings.
     bytes.replace(child + kSubkeyList, 4, bytes, root + kSubkeyList, 4);
     bytes.replace(child + kSubkeyCount, 4, bytes, root + kSubkeyCount, 4);
-    ASSERT_FALSE(MountHive(m_store, Write(bytes), u"HKEY_CURRENT_USER"));
+    ASSERT_FALSE(Mount(Write(bytes), u"HKEY_CURRENT_USER"));
     Counts counts;
     Walk(m_registry, kHkeyCurrentUser, u"", counts);
     EXPECT_GT(counts.keys, 100U);

@@ -16,8 +16,11 @@
 #include <memory>
 #include <mutex>
 #include <new>
+#include <utility>
+#include <vector>
 
 #include "platform/recorded/registry/hivecells.h"
+#include "platform/recorded/registry/hivelogs.h"
 #include "platform/recorded/registry/registrysources.h"
 #include "platform/recorded/registry/sourcefile.h"
 #include "platform/recorded/registry/sourcetext.h"
@@ -40,50 +43,75 @@ class MappedFile {
     MappedFile() = default;
     MappedFile(const MappedFile&) = delete;
     MappedFile& operator=(const MappedFile&) = delete;
-    ~MappedFile() {
-        if (m_data != nullptr) munmap(m_data, m_size);
-    }
+    ~MappedFile() { Close(); }
 
     // Null, or what is wrong.
     const char* Open(const std::string& file) {
-        const int descriptor = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-        if (descriptor < 0) return std::strerror(errno);
-        const char* const wrong = Map(descriptor);
-        close(descriptor);
-        return wrong;
+        m_descriptor = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+        return m_descriptor < 0 ? std::strerror(errno) : Map();
+    }
+    // Other bytes, in a file that lies in memory alone.
+    const char* Replace(std::span<const std::byte> bytes) {
+        Close();
+        m_descriptor = memfd_create("hive", MFD_CLOEXEC);
+        if (m_descriptor < 0) return std::strerror(errno);
+        while (!bytes.empty()) {
+            const ssize_t written = write(m_descriptor, bytes.data(), bytes.size());
+            if (written <= 0) return std::strerror(errno);
+            bytes = bytes.subspan(static_cast<std::size_t>(written));
+        }
+        return Map();
     }
     std::span<const std::byte> View() const noexcept { return {static_cast<const std::byte*>(m_data), m_size}; }
+    // Names the open file for those who open by name, whatever lies at its path by now.
+    std::string Path() const { return "/proc/self/fd/" + std::to_string(m_descriptor); }
 
   private:
-    const char* Map(int descriptor) {
+    void Close() noexcept {
+        if (m_data != nullptr) munmap(std::exchange(m_data, nullptr), m_size);
+        if (m_descriptor >= 0) close(std::exchange(m_descriptor, -1));
+    }
+    const char* Map() {
         struct stat status {};
-        if (fstat(descriptor, &status) != 0) return std::strerror(errno);
+        if (fstat(m_descriptor, &status) != 0) return std::strerror(errno);
         if (!S_ISREG(status.st_mode)) return "is no ordinary file";
         if (status.st_size == 0) return "is an empty file";
         if (status.st_size > std::numeric_limits<std::uint32_t>::max()) return "is too large for a registry hive";
         void* const data =
-            mmap(nullptr, static_cast<std::size_t>(status.st_size), PROT_READ, MAP_PRIVATE, descriptor, 0);
+            mmap(nullptr, static_cast<std::size_t>(status.st_size), PROT_READ, MAP_PRIVATE, m_descriptor, 0);
         if (data == MAP_FAILED) return std::strerror(errno);
         m_data = data;
         m_size = static_cast<std::size_t>(status.st_size);
         return nullptr;
     }
 
+    int m_descriptor = -1;
     void* m_data = nullptr;
     std::size_t m_size = 0;
 };
+
+// The bytes of the logs that can be read; one that cannot tells nothing.
+std::vector<SourceBytes> ReadLogs(const std::vector<std::string>& files) {
+    std::vector<SourceBytes> logs;
+    for (const std::string& file : files) {
+        SourceBytes bytes;
+        if (!ReadSourceFile(file, bytes)) logs.push_back(std::move(bytes));
+    }
+    return logs;
+}
 
 class HiveSource final : public IRegistryNodeSource {
   public:
     explicit HiveSource(const std::string& file) : m_file(file) {}
 
-    SourceStatus Open() {
+    SourceStatus Open(const std::vector<std::string>& logs, HiveState& state) {
         if (const char* const wrong = m_mapped.Open(m_file)) return SourceError{m_file, {}, 0, wrong};
+        if (const char* const wrong = Complete(logs, state)) return SourceError{m_file, {}, 0, wrong};
         m_cells = HiveCells(m_mapped.View());
         if (const auto fault = m_cells.FindFault()) {
             return SourceError{m_file, SourceError::Place::Offset, fault->offset, fault->what};
         }
-        m_hive.reset(hivex_open(m_file.c_str(), 0));
+        m_hive.reset(hivex_open(m_mapped.Path().c_str(), 0));
         if (m_hive == nullptr) return Refused();
         m_root = hivex_root(m_hive.get());
         return m_root != 0 && m_root <= m_mapped.View().size() ? SourceStatus() : Refused();
@@ -101,6 +129,18 @@ class HiveSource final : public IRegistryNodeSource {
     }
 
   private:
+    const char* Complete(const std::vector<std::string>& files, HiveState& state) {
+        state = HiveState::Whole;
+        if (!IsHiveDirty(m_mapped.View())) return nullptr;
+        const std::vector<SourceBytes> logs = ReadLogs(files);
+        std::vector<std::span<const std::byte>> views;
+        views.reserve(logs.size());
+        for (const SourceBytes& log : logs) views.push_back(log.View());
+        const auto whole = ReplayHiveLogs(m_mapped.View(), views);
+        state = whole ? HiveState::Completed : HiveState::Incomplete;
+        return whole ? m_mapped.Replace(*whole) : nullptr;
+    }
+
     SourceStatus Refused() const {
         return SourceError{m_file, {}, 0, std::string("a hive that cannot be read: ") + std::strerror(errno)};
     }
@@ -163,10 +203,11 @@ RegistryNode* MountPoint(RegistryStore& store, std::u16string_view path) {
 
 }  // namespace
 
-SourceStatus MountHive(RegistryStore& store, const std::string& file, std::u16string_view path) {
+SourceStatus MountHive(RegistryStore& store, const HiveFiles& files, std::u16string_view path, HiveState& state) {
+    const std::string& file = files.file;
     try {
         auto source = std::make_unique<HiveSource>(file);
-        if (SourceStatus status = source->Open()) return status;
+        if (SourceStatus status = source->Open(files.logs, state)) return status;
         const std::uint32_t root = source->Root();
         const std::lock_guard guard(store.Lock());
         store.Changed();

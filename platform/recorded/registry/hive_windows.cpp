@@ -3,8 +3,8 @@
 
 namespace roundup {
 
-SourceStatus MountHive(RegistryStore&, const std::string& file, std::u16string_view) {
-    return SourceError{file, SourceError::Place::None, 0, "registry hives cannot be read on Windows"};
+SourceStatus MountHive(RegistryStore&, const HiveFiles& files, std::u16string_view, HiveState&) {
+    return SourceError{files.file, SourceError::Place::None, 0, "registry hives cannot be read on Windows"};
 }
 
 }  // namespace roundup

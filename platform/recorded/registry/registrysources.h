@@ -32,11 +32,21 @@ SourceStatus ParseWineText(RegistryStore& store, std::span<const std::byte> text
 // userdef.reg, but not system.reg.
 SourceStatus LoadWinePrefix(RegistryStore& store, const std::string& folder);
 
+// A hive with the transaction logs beside it, those that there are.
+struct HiveFiles {
+    std::string file;
+    std::vector<std::string> logs = {};
+};
+enum class HiveState : std::uint8_t {
+    Whole,
+    Completed,  // a write had not ended; the logs told the rest
+    Incomplete  // a write had not ended, and no log tells the rest: it is read as it is
+};
 // Mounts a hive (SOFTWARE, SYSTEM, SAM, NTUSER.DAT, UsrClass.dat, ...) at a key, such as
 // "HKEY_LOCAL_MACHINE\\SOFTWARE"; the key's former content goes. The file stays open as long as the store lives and is
-// read where keys are asked for; a key at which it is damaged answers error 1015. On Windows hives are not supported,
-// which is told as a fault.
-SourceStatus MountHive(RegistryStore& store, const std::string& file, std::u16string_view path);
+// read where keys are asked for; a key at which it is damaged answers error 1015. What logs tell is applied to a copy
+// in memory. On Windows hives are not supported, which is told as a fault.
+SourceStatus MountHive(RegistryStore& store, const HiveFiles& files, std::u16string_view path, HiveState& state);
 // Makes HKEY_LOCAL_MACHINE\SYSTEM\CurrentControlSet the control set that Select\Current names. Nothing happens when
 // that is not recorded or when the key exists.
 SourceStatus LinkCurrentControlSet(RegistryStore& store);
