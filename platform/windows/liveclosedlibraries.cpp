@@ -1,5 +1,6 @@
 #include "platform/windows/liveclosedlibraries.h"
 
+#include <atomic>
 #include <mutex>
 #include <utility>
 
@@ -20,13 +21,14 @@ class ClosedFunction {
 
     // The function, or null when the library or the function is absent; looked up once.
     Function Find(const std::u16string& folder) {
-        std::call_once(m_once, [&] {
-            const std::u16string path = folder + FromWide(m_library);
-            // What the library itself needs is looked for beside it as well.
-            const HMODULE module = ::LoadLibraryExW(ToWide(path.c_str()), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-            if (module != nullptr) m_function = GetProcedure<Function>(module, m_name);
-            if (m_function == nullptr) m_error = ::GetLastError();
-        });
+        const std::lock_guard guard(m_lock);
+        if (m_looked) return m_function;
+        m_looked = true;
+        const std::u16string path = folder + FromWide(m_library);
+        // What the library itself needs is looked for beside it as well.
+        const HMODULE module = ::LoadLibraryExW(ToWide(path.c_str()), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+        if (module != nullptr) m_function = GetProcedure<Function>(module, m_name);
+        if (m_function == nullptr) m_error = ::GetLastError();
         return m_function;
     }
     // Why there is none; behind Find.
@@ -35,8 +37,9 @@ class ClosedFunction {
   private:
     const wchar_t* const m_library;
     const char* const m_name;
-    std::once_flag m_once;
-    // Written under m_once.
+    // No std::call_once: it needs the run-time library's own storage of threads, which outlives an unloaded module.
+    std::mutex m_lock;
+    bool m_looked = false;  // guarded by m_lock, as the two below
     Function m_function = nullptr;
     Win32Error m_error = kErrorSuccess;
 };
@@ -72,11 +75,11 @@ class LiveClosedLibraries final : public IClosedLibraries {
 
     bool ExpandPathMask(const char16_t* path, std::u16string& expanded, std::int32_t mode) override {
         const ExpandMask expand = m_expandMask.Find(m_folder);
-        std::call_once(m_maskNote, [&] {
+        if (expand == nullptr) {
             // Who reads the log wants to know by whose rules masks were expanded.
-            if (expand == nullptr) TraceLine(u"Loadd %S err=%u", "Pathmill.dll", m_expandMask.Error());
-        });
-        if (expand == nullptr) return ExpandFirstMatch(CurrentMachine().Files(), path, expanded);
+            if (!m_maskNoted.test_and_set()) TraceLine(u"Loadd %S err=%u", "Pathmill.dll", m_expandMask.Error());
+            return ExpandFirstMatch(CurrentMachine().Files(), path, expanded);
+        }
         expanded.clear();
         wchar_t* found = nullptr;
         expand(ToWide(path), &found, mode);
@@ -98,7 +101,7 @@ class LiveClosedLibraries final : public IClosedLibraries {
     ClosedFunction<OpenRuntime> m_openRuntime{L"Hearthlib.dll", "OpenHearthRuntime"};
     ClosedFunction<GetFileObject> m_getFileObject{L"Sysprobe.dll", "GetProbeIO"};
     ClosedFunction<ExpandMask> m_expandMask{L"Pathmill.dll", "ExpandPathMask"};
-    std::once_flag m_maskNote;
+    std::atomic_flag m_maskNoted;
 };
 
 }  // namespace

@@ -24,7 +24,22 @@ namespace {
 // How many EnterApartment of the thread found it in an apartment of another kind, which the host chose. They entered
 // nothing, and as many LeaveApartment must leave nothing: the host's apartment is not ours to end. Within a thread they
 // are always the innermost ones, since the kind cannot change while a pair is open.
-thread_local std::uint32_t t_refused = 0;
+//
+// A slot of the system's, since the thread-local variables of the run-time library leave handles behind in a process
+// that unloads the module.
+class RefusedCount {
+  public:
+    RefusedCount() noexcept : m_slot(::TlsAlloc()) {}
+    RefusedCount(const RefusedCount&) = delete;
+    RefusedCount& operator=(const RefusedCount&) = delete;
+    ~RefusedCount() { ::TlsFree(m_slot); }
+
+    std::uintptr_t Get() const noexcept { return reinterpret_cast<std::uintptr_t>(::TlsGetValue(m_slot)); }
+    void Set(std::uintptr_t count) const noexcept { ::TlsSetValue(m_slot, reinterpret_cast<void*>(count)); }
+
+  private:
+    const DWORD m_slot;
+};
 
 bool CopyPath(const wchar_t (&found)[MAX_PATH], char16_t (&path)[260]) {
     std::copy(std::begin(found), std::end(found), ToWide(path));
@@ -67,15 +82,18 @@ class LiveShell final : public LiveIcons {
     bool ReadLink(const char16_t* path, ShellLink& link) override { return ReadShellLink(path, link); }
 
     void EnterApartment() override {
-        if (FAILED(::CoInitialize(nullptr))) ++t_refused;
+        if (FAILED(::CoInitialize(nullptr))) m_refused.Set(m_refused.Get() + 1);
     }
     void LeaveApartment() override {
-        if (t_refused != 0) {
-            --t_refused;
+        if (const std::uintptr_t refused = m_refused.Get(); refused != 0) {
+            m_refused.Set(refused - 1);
         } else {
             ::CoUninitialize();
         }
     }
+
+  private:
+    const RefusedCount m_refused;
 };
 
 }  // namespace
