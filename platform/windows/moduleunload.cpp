@@ -17,7 +17,9 @@ void NTAPI OnUnload(void* module, DWORD reason, void* reserved) {
 
 }  // namespace
 
-// Callbacks run in the order of their sections' names: this one in front of the library's.
+// Callbacks run in the order of their sections' names: this one in front of the library's. The module's link asks for
+// it.
 extern "C" {
+extern const PIMAGE_TLS_CALLBACK roundup_on_unload;
 [[gnu::section(".CRT$XLE"), gnu::used]] const PIMAGE_TLS_CALLBACK roundup_on_unload = OnUnload;
 }
