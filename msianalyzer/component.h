@@ -81,6 +81,9 @@ class CComponent {
     ResultCode WriteRegistryRow(CSaveRegistry2DataFile& save, const CRegistryTableRow& row);
     bool IsExcluded(KeyHandle root, std::u16string_view key) const;
     ResultCode WriteClass(CSaveRegistry2DataFile& save, std::u16string_view clsid);
+    // A data export of the keys below HKEY_CLASSES_ROOT that keyOf makes of each element; an empty one is left out.
+    template <class Range, class KeyOf>
+    ResultCode ExportKeys(const Range& range, KeyOf keyOf);
     ResultCode ExportIdentifierKeys(const IdentifierSet& identifiers, std::u16string_view parent);
 
     const CComponentTableRow& m_row;

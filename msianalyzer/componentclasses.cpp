@@ -109,21 +109,27 @@ ResultCode CComponent::WriteClass(CSaveRegistry2DataFile& save, std::u16string_v
     return save.SaveKey(kHkeyClassesRoot, TypeLibKey(libId, version), m_is64Bit);
 }
 
+template <class Range, class KeyOf>
+ResultCode CComponent::ExportKeys(const Range& range, KeyOf keyOf) {
+    DataExport data(*m_analyzer, m_dataFile);
+    if (const ResultCode rc = data.Begin(); Failed(rc)) return Pass(rc);
+    CSaveRegistry2DataFile save(m_dataFile, m_analyzer);
+    for (const auto& element : range) {
+        const std::u16string key = keyOf(element);
+        if (key.empty()) continue;
+        if (const ResultCode rc = save.SaveKey(kHkeyClassesRoot, key, m_is64Bit); Failed(rc)) return Pass(rc);
+    }
+    return data.HandOver(DataTerminator::Registry, kExportThreshold, ItemType::kRegistry);
+}
+
 ResultCode CComponent::ExportAppIdKeys() { return ExportIdentifierKeys(m_appIds, u"AppID\\"); }
 
 ResultCode CComponent::ExportInterfaceKeys() { return ExportIdentifierKeys(m_interfaces, u"Interface\\"); }
 
 ResultCode CComponent::ExportIdentifierKeys(const IdentifierSet& identifiers, std::u16string_view parent) {
-    DataExport data(*m_analyzer, m_dataFile);
-    if (const ResultCode rc = data.Begin(); Failed(rc)) return Pass(rc);
-    CSaveRegistry2DataFile save(m_dataFile, m_analyzer);
-    std::u16string key;
-    for (const std::u16string& identifier : identifiers) {
-        if (identifier.empty()) continue;
-        key.assign(parent).append(identifier);
-        if (const ResultCode rc = save.SaveKey(kHkeyClassesRoot, key, m_is64Bit); Failed(rc)) return Pass(rc);
-    }
-    return data.HandOver(DataTerminator::Registry, kExportThreshold, ItemType::kRegistry);
+    return ExportKeys(identifiers, [parent](const std::u16string& identifier) {
+        return identifier.empty() ? std::u16string() : std::u16string(parent) + identifier;
+    });
 }
 
 ResultCode CComponent::ExportTypeLibs() {
@@ -150,30 +156,21 @@ ResultCode CComponent::ExportTypeLibs() {
 ResultCode CComponent::ExportExtensions() {
     const Rows rows = RowsOf(MsiTable::Extension);
     if (rows.empty()) return kSuccess;
-    DataExport data(*m_analyzer, m_dataFile);
-    if (const ResultCode rc = data.Begin(); Failed(rc)) return Pass(rc);
-    CSaveRegistry2DataFile save(m_dataFile, m_analyzer);
-    for (const RowIndex::Entry& entry : rows) {
-        const std::u16string key = u"." + std::u16string(RowOf<CExtensionTableRow>(entry).extension);
-        if (const ResultCode rc = save.SaveKey(kHkeyClassesRoot, key, m_is64Bit); Failed(rc)) return Pass(rc);
-    }
-    return data.HandOver(DataTerminator::Registry, kExportThreshold, ItemType::kRegistry);
+    return ExportKeys(rows, [](const RowIndex::Entry& entry) {
+        return u"." + std::u16string(RowOf<CExtensionTableRow>(entry).extension);
+    });
 }
 
 ResultCode CComponent::ExportMime() {
     const Rows rows = RowsOf(MsiTable::Extension);
     if (rows.empty()) return kSuccess;
-    DataExport data(*m_analyzer, m_dataFile);
-    if (const ResultCode rc = data.Begin(); Failed(rc)) return Pass(rc);
-    CSaveRegistry2DataFile save(m_dataFile, m_analyzer);
-    for (const RowIndex::Entry& entry : rows) {
-        const CTableRow* const mime = m_analyzer->Rows(MsiTable::Mime).Find(RowOf<CExtensionTableRow>(entry).mime);
-        if (mime == nullptr) continue;
+    const RowIndex& types = m_analyzer->Rows(MsiTable::Mime);
+    return ExportKeys(rows, [&types](const RowIndex::Entry& entry) {
+        const CTableRow* const mime = types.Find(RowOf<CExtensionTableRow>(entry).mime);
+        if (mime == nullptr) return std::u16string();
         std::u16string key(u"MIME\\Database\\Content Type\\");
-        key.append(static_cast<const CMIMETableRow*>(mime)->contentType);
-        if (const ResultCode rc = save.SaveKey(kHkeyClassesRoot, key, m_is64Bit); Failed(rc)) return Pass(rc);
-    }
-    return data.HandOver(DataTerminator::Registry, kExportThreshold, ItemType::kRegistry);
+        return key.append(static_cast<const CMIMETableRow*>(mime)->contentType);
+    });
 }
 
 }  // namespace roundup

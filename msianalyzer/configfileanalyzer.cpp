@@ -130,11 +130,13 @@ bool CConfigFileAnalyzer::HasEntries(std::u16string_view keyword) const noexcept
     return std::any_of(m_entries.begin(), m_entries.end(), [&](const Entry& entry) { return entry.first == keyword; });
 }
 
-ResultCode CConfigFileAnalyzer::RegistryRoot(std::u16string_view text, KeyHandle& root) {
+ResultCode CConfigFileAnalyzer::ParseRegEntry(std::u16string_view line, RegEntry& entry) const {
+    std::u16string_view text;
+    if (const ResultCode rc = ParseReg(line, text, entry.key, entry.name, entry.data); Failed(rc)) return Pass(rc);
     const RootName* const found =
         std::find_if(std::begin(kRoots), std::end(kRoots), [text](const RootName& name) { return name.name == text; });
     if (found == std::end(kRoots)) return Fail(SmallCode::GeneralFailure);
-    root = found->root;
+    entry.root = found->root;
     return kSuccess;
 }
 

@@ -53,8 +53,15 @@ class CConfigFileAnalyzer {
     const std::vector<Entry>& Entries() const noexcept { return m_entries; }
     bool HasEntries(std::u16string_view keyword) const noexcept;
     bool Is64Bit() const noexcept { return m_bits == 64; }
-    // The root that a registry entry names, exactly as "HKLM" is written; small code 1 for another text.
-    static ResultCode RegistryRoot(std::u16string_view text, KeyHandle& root);
+    // A registry entry taken apart.
+    struct RegEntry {
+        KeyHandle root = 0;
+        std::u16string_view key;
+        std::u16string_view name;
+        std::u16string_view data;
+    };
+    // ParseReg, with the root that is named exactly as "HKLM" is written; small code 1 for another text.
+    ResultCode ParseRegEntry(std::u16string_view line, RegEntry& entry) const;
 
   private:
     void AddLine(std::u16string_view line);

@@ -25,9 +25,8 @@ ResultCode DataExport::HandOver(DataTerminator terminator, std::uint64_t thresho
     m_file.Close();
     const std::uint64_t size = GetFileSize64(m_path.Text());
     if (size < threshold) return kSuccess;
-    const OwnedString path = std::move(m_path);
-    m_path.Reset();
-    m_analyzer.Report(path, size, type);
+    // The file is the receiver's from then on; one that nobody was told of goes with this object.
+    if (m_analyzer.Report(m_path, size, type)) m_path.Reset();
     return kSuccess;
 }
 

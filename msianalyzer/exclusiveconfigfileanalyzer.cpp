@@ -21,18 +21,12 @@ bool CExclusiveConfigFileAnalyzer::IsDirExcluded(std::u16string_view path) const
 ResultCode CExclusiveConfigFileAnalyzer::LoadReg() {
     for (const auto& [keyword, line] : Entries()) {
         if (keyword != u"reg") continue;
-        std::u16string_view root;
-        std::u16string_view key;
-        std::u16string_view name;
-        std::u16string_view value;
-        KeyHandle handle = 0;
-        ResultCode rc = ParseReg(line, root, key, name, value);
-        if (Succeeded(rc)) rc = RegistryRoot(root, handle);
-        if (Failed(rc)) {
+        RegEntry entry;
+        if (const ResultCode rc = ParseRegEntry(line, entry); Failed(rc)) {
             Skip(rc);
             continue;
         }
-        m_excludedRegs.emplace(handle, key);
+        m_excludedRegs.emplace(entry.root, entry.key);
     }
     return kSuccess;
 }

@@ -40,19 +40,16 @@ ResultCode CIncludeConfigFileAnalyzer::AnalyzeReg() {
 }
 
 ResultCode CIncludeConfigFileAnalyzer::SaveEntry(std::u16string_view line) {
-    std::u16string_view root;
-    std::u16string_view key;
-    std::u16string_view name;
-    std::u16string_view value;
-    KeyHandle handle = 0;
-    if (const ResultCode rc = ParseReg(line, root, key, name, value); Failed(rc)) return Pass(rc);
-    if (const ResultCode rc = RegistryRoot(root, handle); Failed(rc)) return Pass(rc);
-    if (!name.empty() && !value.empty()) return kSuccess;
+    RegEntry entry;
+    if (const ResultCode rc = ParseRegEntry(line, entry); Failed(rc)) return Pass(rc);
+    if (!entry.name.empty() && !entry.data.empty()) return kSuccess;
     CSaveRegistry2DataFile save(*m_dataFile, Analyzer());
     constexpr std::u16string_view kWhy = u"what cannot be read is left out";
     for (const bool view64 : {true, false}) {
         if (view64 && !Is64Bit()) continue;
-        Ignore(name.empty() ? save.SaveKey(handle, key, view64) : save.SaveValue(handle, key, name, view64), kWhy);
+        Ignore(entry.name.empty() ? save.SaveKey(entry.root, entry.key, view64)
+                                  : save.SaveValue(entry.root, entry.key, entry.name, view64),
+               kWhy);
     }
     return kSuccess;
 }

@@ -253,11 +253,12 @@ ResultCode CMSIAnalyzer::IsComponentInstalled(std::u16string_view componentId, b
     return kSuccess;
 }
 
-void CMSIAnalyzer::Report(std::u16string_view item, std::uint64_t value, std::uint32_t type) const {
-    if (m_onItem == nullptr) return;
+bool CMSIAnalyzer::Report(std::u16string_view item, std::uint64_t value, std::uint32_t type) const {
+    if (m_onItem == nullptr) return false;
     const OwnedString text(item);
-    if (text.IsNull()) return;
+    if (text.IsNull()) return false;
     Ignore(m_onItem(m_context, text.Text(), value, type), u"the receiver's own affair");
+    return true;
 }
 
 ResultCode CMSIAnalyzer::ReportFiles(std::u16string_view folder, bool recursive, std::u16string_view mask) const {

@@ -119,8 +119,9 @@ class CMSIAnalyzer final : public IMSIAnalyzer {
     // The files that register themselves by the component that they belong to, in the order of table SelfReg.
     const RowIndex& SelfRegFiles() const;
 
-    // Hands an item to whoever opened the analysis; a data file is the receiver's from then on.
-    void Report(std::u16string_view item, std::uint64_t value, std::uint32_t type) const;
+    // Hands an item to whoever opened the analysis; a data file is the receiver's from then on. False when nobody was
+    // told: there is no receiver, or no memory.
+    bool Report(std::u16string_view item, std::uint64_t value, std::uint32_t type) const;
     // Reports every file that FindFiles finds, with its size.
     ResultCode ReportFiles(std::u16string_view folder, bool recursive, std::u16string_view mask) const;
 
