@@ -113,9 +113,12 @@ TEST_F(ProgramTest, Diff_ReadsMachinesAndListsAlike) {
     std::string before = Run({"list", "--format", "json"}).output;
     const auto at = before.find("\"version\":\"2.4\"");
     ASSERT_NE(at, std::string::npos);
-    std::ofstream(list) << before.replace(at, 15, "\"version\":\"2.3\"");
+    before.replace(at, 15, "\"version\":\"2.3\"");
+    const auto size = before.find("\"size\":2097152", at);
+    ASSERT_NE(size, std::string::npos);
+    std::ofstream(list) << before.replace(size, 14, "\"size\":2097151");
     const ProgramRun changed = RunProgram({"diff", list, machine});
-    EXPECT_EQ(changed.output, "~ Aurora Paint  2.3 -> 2.4\n0 added, 0 removed, 1 changed\n") << changed.error;
+    EXPECT_EQ(changed.output, "~ Aurora Paint  2.3 -> 2.4  (size)\n0 added, 0 removed, 1 changed\n") << changed.error;
     EXPECT_EQ(RunProgram({"diff", machine, machine, "--format", "json"}).output,
               "{\"added\":[],\"removed\":[],\"changed\":[]}\n");
     EXPECT_EQ(RunProgram({"diff", folder / "none", machine}).status, 1);
