@@ -44,7 +44,9 @@ std::string Counted(std::size_t count, const char* one) {
     return std::to_string(count) + " " + one + (count == 1 ? "" : "s");
 }
 
-const char* RootName(std::uint64_t root) {
+constexpr std::string_view kOpenedKey = "...\\";  // one that the analysis had open
+
+std::string_view RootName(std::uint64_t root) {
     switch (static_cast<std::uint32_t>(root)) {
         case 0x80000000U:
             return "HKCR\\";
@@ -57,13 +59,16 @@ const char* RootName(std::uint64_t root) {
         case 0x80000005U:
             return "HKCC\\";
         default:
-            return "...\\";  // below a key that the analysis had open
+            return kOpenedKey;
     }
 }
 
 std::string ItemLine(std::uint32_t type, const StoreItem& item) {
     if (IsRegistryType(type)) {
-        return RootName(item.root) + Printable(item.key) + ((item.flags & 1) != 0 ? "  (64-bit view)" : "");
+        std::string root(RootName(item.root));
+        // These records name what stands below the Uninstall key, with its root or with a handle of it.
+        if (type == ItemType::kUninstallRegistry) root += root == kOpenedKey ? "Uninstall\\" : "...\\Uninstall\\";
+        return root + Printable(item.key) + ((item.flags & 1) != 0 ? "  (64-bit view)" : "");
     }
     const std::vector<std::u16string>& texts = item.texts;
     switch (type) {
