@@ -13,9 +13,10 @@ namespace roundup {
 
 namespace {
 
-// Folders in folders, as a table tells them. The longest path has 32,767 characters; a table that nests deeper than
-// this has a cycle, or is not meant to be installed.
+// Folders in folders, as a table tells them. A table that nests deeper than this has a cycle, or is not meant to be
+// installed; so is one whose path is longer than the longest of the platform.
 constexpr std::size_t kMaxDepth = 1024;
+constexpr std::size_t kMaxPath = 32'767;  // characters
 
 void AddBackslash(std::u16string& path) {
     if (path.empty() || path.back() != u'\\') path += u'\\';
@@ -32,6 +33,11 @@ bool HasKeyFile(const CComponentTableRow& row) noexcept {
     return (static_cast<std::uint32_t>(row.attributes) & (kKeyIsRegistry | kKeyIsDataSource)) == 0;
 }
 
+ResultCode LeadsNowhere(std::u16string_view key) {
+    TraceLine(u"Directory table leads nowhere: %s\n", key);
+    return Fail(SmallCode::GeneralFailure);
+}
+
 std::u16string_view FolderOf(std::u16string_view path) noexcept { return path.substr(0, path.rfind(u'\\') + 1); }
 
 }  // namespace
@@ -39,8 +45,9 @@ std::u16string_view FolderOf(std::u16string_view path) noexcept { return path.su
 ResultCode CMSIAnalyzer::ResolveDirectory(std::u16string_view key, std::u16string& path) const {
     auto found = m_directories.find(key);
     if (found == m_directories.end()) {
-        ResolvedDirectory resolved;
-        resolved.result = WalkDirectory(key, resolved.path);
+        std::u16string walked;
+        const ResultCode rc = WalkDirectory(key, walked);
+        ResolvedDirectory resolved{rc, Failed(rc) ? std::u16string() : std::move(walked)};
         found = m_directories.emplace(key, std::move(resolved)).first;
     }
     if (Failed(found->second.result)) return PassQuiet(found->second.result);
@@ -48,22 +55,25 @@ ResultCode CMSIAnalyzer::ResolveDirectory(std::u16string_view key, std::u16strin
     return kSuccess;
 }
 
-// Up the table until something is known, then down again through the names. A cycle ends at the bound.
+// Up the table until something is known, also that it leads nowhere, then down again through the names. A cycle ends
+// at the bound.
 ResultCode CMSIAnalyzer::WalkDirectory(std::u16string_view key, std::u16string& path) const {
     std::vector<std::u16string_view> names;
+    std::size_t length = 0;
     while (!ResolveBase(key, path)) {
         const CDirectoryTableRow* row = nullptr;
         if (key.empty()) return FailQuiet(SmallCode::GeneralFailure);
+        const auto known = m_directories.find(key);
+        if (known != m_directories.end()) return PassQuiet(known->second.result);
         if (const ResultCode rc = FindDirectory(key, row); Failed(rc)) return PassQuiet(rc);
-        if (names.size() == kMaxDepth) {
-            TraceLine(u"Directory table leads nowhere: %s\n", key);
-            return Fail(SmallCode::GeneralFailure);
-        }
+        if (names.size() == kMaxDepth) return LeadsNowhere(key);
         names.push_back(GetDefaultDirName(row->defaultDir));
+        length += names.back().size() + 1;
         key = row->directoryParent;
     }
+    if (path.size() + length > kMaxPath) return LeadsNowhere(key);
     std::for_each(names.rbegin(), names.rend(), [&path](std::u16string_view name) {
-        if (name != u".") path.append(name).append(u"\\");
+        if (!name.empty() && name != u".") path.append(name).append(u"\\");
     });
     return kSuccess;
 }
