@@ -14,10 +14,10 @@ namespace {
 // Replacements in one text.
 constexpr std::uint32_t kMaxPasses = 1000;
 // Texts come from packages, and a property may well lead to itself: a token in a token makes a text of its own to
-// expand, so these, the replacements in all of them and the length that they may reach are bounded too.
+// expand, so these, the replacements in all of them and the length that they may add are bounded too.
 constexpr std::uint32_t kMaxDepth = 16;
 constexpr std::uint32_t kMaxPassesInAll = 10'000;
-constexpr std::size_t kMaxLength = 0x8000;  // characters
+constexpr std::size_t kMaxGrowth = 0x8000;  // characters
 
 constexpr std::size_t kNone = std::u16string_view::npos;
 
@@ -45,21 +45,19 @@ ResultCode VolumeOf(std::u16string_view path, std::u16string& value) {
 ResultCode ReadVariable(std::u16string_view name, std::u16string& value) {
     const std::u16string variable(name);
     ISystem& system = CurrentMachine().System();
-    value.resize(260);
-    std::uint32_t length =
-        system.GetEnvironment(variable.c_str(), value.data(), static_cast<std::uint32_t>(value.size()));
-    if (length > value.size()) {
-        value.resize(length);
-        length = system.GetEnvironment(variable.c_str(), value.data(), length);
-    }
-    if (length == 0 || length > value.size()) return FailQuiet(SmallCode::InstallerFailure);
+    // Without room the answer counts the terminator, which tells an empty variable from an undefined one.
+    const std::uint32_t room = system.GetEnvironment(variable.c_str(), nullptr, 0);
+    if (room == 0) return FailQuiet(SmallCode::InstallerFailure);
+    value.resize(room);
+    const std::uint32_t length = system.GetEnvironment(variable.c_str(), value.data(), room);
+    if (length >= room) return FailQuiet(SmallCode::InstallerFailure);  // changed meanwhile
     value.resize(length);
     return kSuccess;
 }
 
 ResultCode CFormattedString::Format(std::u16string& text) const {
-    std::uint32_t left = kMaxPassesInAll;
-    return Expand(text, 0, left);
+    Bounds bounds{kMaxPassesInAll, text.size() + kMaxGrowth};
+    return Expand(text, 0, bounds);
 }
 
 ResultCode CFormattedString::Format(std::u16string_view text, std::u16string& result) const {
@@ -67,7 +65,7 @@ ResultCode CFormattedString::Format(std::u16string_view text, std::u16string& re
     return Format(result);
 }
 
-ResultCode CFormattedString::Expand(std::u16string& text, std::uint32_t depth, std::uint32_t& left) const {
+ResultCode CFormattedString::Expand(std::u16string& text, std::uint32_t depth, Bounds& bounds) const {
     if (std::count(text.begin(), text.end(), u'[') != std::count(text.begin(), text.end(), u']')) return kSuccess;
     std::size_t open = 0;
     std::size_t close = 0;
@@ -77,8 +75,8 @@ ResultCode CFormattedString::Expand(std::u16string& text, std::uint32_t depth, s
         if (open == kNone) return kSuccess;
         close = text.find(u']', open);
         if (close == kNone) return FailQuiet(SmallCode::GeneralFailure);
-        if (left-- == 0 || depth > kMaxDepth || text.size() > kMaxLength) {
-            left = 0;
+        if (bounds.passes-- == 0 || depth > kMaxDepth || text.size() > bounds.length) {
+            bounds.passes = 0;
             return Endless(text, u"", u"");
         }
         if (text[open + 1] != u'[') {
@@ -86,7 +84,7 @@ ResultCode CFormattedString::Expand(std::u16string& text, std::uint32_t depth, s
             continue;
         }
         std::u16string inner = text.substr(open + 1, close - open);
-        if (const ResultCode rc = Expand(inner, depth + 1, left); Failed(rc)) return PassQuiet(rc);
+        if (const ResultCode rc = Expand(inner, depth + 1, bounds); Failed(rc)) return PassQuiet(rc);
         text.replace(open + 1, close - open, inner);
     }
     open = text.find(u'[', open);

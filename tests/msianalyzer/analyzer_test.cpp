@@ -339,7 +339,7 @@ class Resolution : public Analyzer {
 
 TEST_F(Resolution, FormattedText_HasEveryForm) {
     Component("cMain", 1, 0, u"C:\\Tool\\tool.exe");
-    builder.File(u"C:\\Tool\\tool.exe").Environment(u"VAR", std::u16string(300, u'v'));
+    builder.File(u"C:\\Tool\\tool.exe").Environment(u"VAR", std::u16string(300, u'v')).Environment(u"VOID", u"");
     package.Row("File", {"f1", "cMain", "TOOL~1.EXE|tool.exe", 1, 0}).Row("File", {"f2", "cNone", "x.exe", 1, 0});
     const auto property = [&](const char* name, const char* value) { package.Row("Property", {name, value}); };
     property("A", "va[lue");
@@ -382,6 +382,7 @@ TEST_F(Resolution, FormattedText_HasEveryForm) {
         {u"[$cMain]x", u"C:\\Tool\\x"},
         {u"[$cNone]", u"1"},
         {u"[%VAR]", std::u16string(300, u'v')},
+        {u"[%VOID]x", u"x"},
         {u"[%NONE]", u"24"},
         {u"[\\{]", u"{"},
         {u"a[~]b", std::u16string(u"a\0b", 3)},
@@ -413,6 +414,7 @@ TEST_F(Resolution, FormattedText_HasEveryForm) {
         {u"[TWICE]", u"1"},
         {u"[NEST]", u"1"},
         {many, std::u16string(1000, u'x')},
+        {many.substr(4) + std::u16string(40'000, u'x') + u"[NAME]", std::u16string(40'999, u'x') + u"VALUE"},
         {many + u"[\\x]", u"1"},
     };
     for (const auto& [text, expected] : cases) EXPECT_EQ(Formatted(text), expected) << ToUtf8(text).substr(0, 100);
@@ -424,7 +426,8 @@ TEST_F(Resolution, Directories_EndAtWhatIsKnown) {
     package.Row("Directory", {"LOOSE", "TARGETDIR", "x"}).Row("Directory", {"ORPHAN", "NOWHERE", "x"});
     package.Row("Directory", {"C1", "C2", "."})
         .Row("Directory", {"C2", "C1", "."})
-        .Row("Directory", {"BYPROP", "SET", "sub"});
+        .Row("Directory", {"BYPROP", "SET", "sub"})
+        .Row("Directory", {"BARE", "BINDIR", ":source"});
     package.Row("Property", {"SET", "E:\\set"}).Row("Property", {"ORPHAN", ""});
     std::string parent = "INSTALLDIR";
     for (int i = 0; i < 100'000; ++i) {
@@ -435,6 +438,7 @@ TEST_F(Resolution, Directories_EndAtWhatIsKnown) {
     Load();
     const std::pair<std::u16string_view, std::u16string_view> cases[] = {
         {u"BINDIR", u"C:\\Program Files (x86)\\Tool\\"},
+        {u"BARE", u"C:\\Program Files (x86)\\Tool\\"},
         {u"MENU", u"C:\\ProgramData\\Microsoft\\Windows\\Start Menu\\Programs\\Program Files\\"},
         {u"BYPROP", u"E:\\set\\sub\\"},
         {u"SET", u"E:\\set\\"},
