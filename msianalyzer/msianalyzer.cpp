@@ -104,7 +104,9 @@ ResultCode CMSIAnalyzer::OpenParts(const char16_t* msiPath, const char16_t* inst
     if (msiPath == nullptr || onItem == nullptr || filter == nullptr) return Fail(SmallCode::BadArgument);
     m_msiPath = msiPath;
     m_installSource = installSource != nullptr ? installSource : u"";
-    const Win32Error error = CurrentMachine().Installer().OpenDatabase(m_msiPath.c_str(), m_database);
+    const Win32Error error =
+        AtBoundary([this] { return CurrentMachine().Installer().OpenDatabase(m_msiPath.c_str(), m_database); },
+                   [] { return kErrorNotEnoughMemory; });
     if (error != kErrorSuccess) return Fail(SmallCode::InstallerFailure, error);
     if (!MakeTables()) return Fail(SmallCode::ObjectMissing);
     if (const ResultCode rc = PrepareTempFolder(); Failed(rc)) return Pass(rc);
