@@ -204,7 +204,8 @@ void ReadHive(benchmark::State& state) {
     for (auto _ : state) {
         RegistryStore store;
         RecordedRegistry registry(store);
-        if (const auto status = MountHive(store, file, u"HKEY_LOCAL_MACHINE\\SYSTEM")) {
+        HiveState hiveState = HiveState::Whole;
+        if (const auto status = MountHive(store, {file}, u"HKEY_LOCAL_MACHINE\\SYSTEM", hiveState)) {
             state.SkipWithError(status->Text().c_str());
             return;
         }

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "appcenter/appeunm/appmanager.h"
+#include "platform/threading.h"
 #include "utility/boundary.h"
 
 namespace roundup {
@@ -29,7 +30,7 @@ class CRoundup::EndedFacades {
         ::operator delete(facade);
     }
 
-    std::mutex m_lock;
+    Mutex m_lock;
     std::array<CRoundup*, 16> m_facades{};  // guarded by m_lock
     std::size_t m_next = 0;                 // guarded by m_lock; the oldest, or a free place
 };

@@ -8,6 +8,8 @@
 #include <mutex>
 #include <vector>
 
+#include "platform/threading.h"
+
 namespace roundup {
 
 class ProcessObjects {
@@ -48,7 +50,7 @@ class ProcessObjects {
     };
     struct Slot {
         std::atomic<void*> object{nullptr};
-        std::mutex lock;
+        Mutex lock;
     };
     struct Kept {
         std::unique_ptr<HolderBase> owner;
@@ -69,7 +71,7 @@ class ProcessObjects {
     void Keep(std::unique_ptr<HolderBase> owner, Slot& slot);
 
     std::array<Slot, kMaxTypes> m_slots;
-    std::mutex m_keptLock;
+    Mutex m_keptLock;
     std::vector<Kept> m_kept;  // guarded by m_keptLock; in order of construction
 };
 

@@ -1,12 +1,12 @@
 #include "utility/kvdthread.h"
 
 #include <chrono>
-#include <condition_variable>
 #include <mutex>
 #include <new>
 #include <system_error>
 
 #include "platform/machine.h"
+#include "platform/threading.h"
 #include "utility/boundary.h"
 
 namespace roundup {
@@ -31,8 +31,8 @@ struct CKvdThread::State {
     }
 
   private:
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
+    Mutex m_mutex;
+    ConditionVariable m_changed;
     bool m_ended = false;  // guarded by m_mutex
 };
 
@@ -40,7 +40,7 @@ CKvdThread::~CKvdThread() {
     // Work that frees its own thread may come here before Start has returned.
     const LockGuard guard(m_lock);
     if (!m_thread.joinable()) return;
-    if (m_thread.get_id() == std::this_thread::get_id()) {
+    if (IsCurrent(m_thread)) {
         m_thread.detach();
     } else {
         m_thread.join();
@@ -55,7 +55,7 @@ bool CKvdThread::Start() {
     m_runnable->SetStopFlag(0);
     try {
         m_state = std::make_shared<State>();
-        m_thread = std::thread([runnable = m_runnable, state = m_state] {
+        m_thread = Thread([runnable = m_runnable, state = m_state] {
             const auto run = [&] {
                 if (HasCurrentMachine()) state->threadId = CurrentMachine().System().GetThreadNumber();
                 state->exitCode = runnable->Run();

@@ -4,8 +4,8 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <thread>
 
+#include "platform/threading.h"
 #include "utility/locks.h"
 
 namespace roundup {
@@ -65,7 +65,7 @@ class CKvdThread {
 
     CriticalSection m_lock;
     // Guarded by m_lock.
-    std::thread m_thread;  // joinable while there is a thread
+    Thread m_thread;  // joinable while there is a thread
     std::shared_ptr<State> m_state;
     // Constant after construction.
     CKvdRunable* m_runnable;

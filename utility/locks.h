@@ -2,11 +2,10 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
-#include <mutex>
 
 #include "platform/system.h"
+#include "platform/threading.h"
 
 namespace roundup {
 
@@ -33,7 +32,7 @@ class CriticalSection final : public ILock {
     int TryLock() override { return m_mutex.try_lock() ? 0 : 1; }
 
   private:
-    std::recursive_mutex m_mutex;
+    RecursiveMutex m_mutex;
 };
 
 // A mutex that the processes of a machine share by its name. Recursive on one thread. Belongs to the machine that is
@@ -64,8 +63,8 @@ class AutoResetEvent {
     bool WaitFor(std::chrono::milliseconds time);
 
   private:
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
+    Mutex m_mutex;
+    ConditionVariable m_changed;
     bool m_signalled;  // guarded by m_mutex
 };
 

@@ -5,6 +5,7 @@
 
 #include "platform/filesystem.h"
 #include "platform/machine.h"
+#include "platform/threading.h"
 #include "utility/formattext.h"
 #include "utility/stringcontainers.h"
 
@@ -22,7 +23,7 @@ struct MergedFiles {
         const std::lock_guard guard(lock);
         return paths.insert(OwnedString(path)).second;
     }
-    std::mutex lock;  // gathers may run side by side
+    Mutex lock;  // gathers may run side by side
     CStringSet paths;
 };
 

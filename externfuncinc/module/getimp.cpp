@@ -10,6 +10,7 @@
 #include "externfuncinc/externfunc.h"
 #include "platform/livemachine.h"
 #include "platform/recorded/openmachine.h"
+#include "platform/threading.h"
 #include "utility/boundary.h"
 #include "utility/utf.h"
 
@@ -60,7 +61,7 @@ class ModuleMachine {
         return value != nullptr ? value : "";
     }
 
-    std::mutex m_lock;
+    Mutex m_lock;
     std::unique_ptr<Machine> m_machine;   // guarded by m_lock
     std::optional<MachineScope> m_scope;  // guarded by m_lock; ends before the machine
 };

@@ -7,6 +7,7 @@
 
 #include "platform/filesystem.h"
 #include "platform/recorded/wineshortname.h"
+#include "platform/threading.h"
 
 namespace roundup {
 
@@ -25,8 +26,8 @@ std::u16string PathOf(const FileEntry& entry) {
 
 // Held while a folder is made: it is listed by one thread, once, and the others wait. Folders share them, since there
 // are very many. Entries of folders that are made alike lie at even distances, so all bits of the address take part.
-std::mutex& MakingOf(const FileEntry& entry) noexcept {
-    static std::array<std::mutex, 32> locks;
+Mutex& MakingOf(const FileEntry& entry) noexcept {
+    static std::array<Mutex, 32> locks;
     const auto mixed = std::uint64_t{reinterpret_cast<std::uintptr_t>(&entry)} * 0x9E3779B97F4A7C15U;
     return locks[static_cast<std::size_t>(mixed >> 32) % locks.size()];
 }

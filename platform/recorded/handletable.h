@@ -8,6 +8,8 @@
 #include <mutex>
 #include <unordered_map>
 
+#include "platform/threading.h"
+
 namespace roundup {
 
 // Set in every value of NextHandleValue. Handles of keys are numbers of their own, in which it is clear.
@@ -47,7 +49,7 @@ class HandleTable {
 
   private:
     struct Shard {
-        std::mutex lock;
+        Mutex lock;
         std::unordered_map<std::uint64_t, std::shared_ptr<T>> objects;  // guarded by lock
     };
     // Enough that threads which open and close files side by side seldom meet.

@@ -24,6 +24,7 @@
 
 #include "platform/recorded/hosterror.h"
 #include "platform/recorded/hostfs.h"
+#include "platform/threading.h"
 
 namespace roundup {
 
@@ -135,7 +136,7 @@ class KeptFolders {
 
   private:
     struct Slot {
-        std::mutex lock;
+        Mutex lock;
         std::string path;
         Folder folder;
     };

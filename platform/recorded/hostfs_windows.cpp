@@ -18,6 +18,7 @@
 #include "platform/recorded/hosterror.h"
 #include "platform/recorded/hostfs.h"
 #include "platform/recorded/hostpath.h"
+#include "platform/threading.h"
 
 namespace roundup {
 
@@ -68,7 +69,7 @@ class FileStream final : public IFileStream {
         return kErrorSuccess;
     }
 
-    std::mutex m_lock;  // one position serves all
+    Mutex m_lock;  // one position serves all
     const crt::File m_file;
 };
 

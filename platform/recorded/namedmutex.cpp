@@ -3,10 +3,12 @@
 #include <chrono>
 #include <map>
 
+#include "platform/threading.h"
+
 namespace roundup {
 
 std::shared_ptr<NamedMutex> NamedMutex::Open(std::u16string_view name) {
-    static std::mutex lock;
+    static Mutex lock;
     static std::map<std::u16string, std::weak_ptr<NamedMutex>, std::less<>> mutexes;
     const std::lock_guard guard(lock);
     std::erase_if(mutexes, [](const auto& entry) { return entry.second.expired(); });

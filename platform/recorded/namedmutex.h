@@ -1,13 +1,13 @@
 // Mutexes with a name, shared by all machines of this process that are not live.
 #pragma once
 
-#include <condition_variable>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <thread>
+
+#include "platform/threading.h"
 
 namespace roundup {
 
@@ -24,8 +24,8 @@ class NamedMutex {
     void Unlock();
 
   private:
-    std::mutex m_lock;
-    std::condition_variable m_freed;
+    Mutex m_lock;
+    ConditionVariable m_freed;
     std::thread::id m_owner;    // guarded by m_lock
     std::uint32_t m_count = 0;  // guarded by m_lock
 };

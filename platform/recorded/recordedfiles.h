@@ -2,7 +2,6 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -15,6 +14,7 @@
 #include "platform/recorded/handletable.h"
 #include "platform/recorded/mappedfolder.h"
 #include "platform/recorded/sharetable.h"
+#include "platform/threading.h"
 
 namespace roundup {
 
@@ -94,7 +94,7 @@ class RecordedFileSystem final : public IFileSystem {
     HandleTable<OpenFile> m_files;
     HandleTable<OpenFind> m_finds;
     ShareTable m_shares;
-    mutable std::mutex m_writtenLock;
+    mutable Mutex m_writtenLock;
     std::unordered_set<std::u16string> m_written;  // guarded by m_writtenLock
 };
 

@@ -1,7 +1,6 @@
 // The ini files of a machine that is not live.
 #pragma once
 
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -10,6 +9,7 @@
 #include "platform/profile.h"
 #include "platform/recorded/initext.h"
 #include "platform/recorded/mappedfolder.h"
+#include "platform/threading.h"
 
 namespace roundup {
 
@@ -33,7 +33,7 @@ class RecordedProfile final : public IProfile {
     IFileSystem& m_files;
     const std::u16string m_windowsFolder;
     MappedFolder* m_shared = nullptr;
-    std::mutex m_writing;  // a write reads the file, changes it and writes it back
+    Mutex m_writing;  // a write reads the file, changes it and writes it back
 };
 
 }  // namespace roundup

@@ -11,6 +11,7 @@
 #include "platform/recorded/machinesettings.h"
 #include "platform/recorded/namedmutex.h"
 #include "platform/system.h"
+#include "platform/threading.h"
 
 namespace roundup {
 
@@ -62,7 +63,7 @@ class RecordedSystem final : public ISystem {
     const Environment& m_environment;
     const ProcessPlaces m_places;
     const TextSinks m_sinks;
-    std::mutex m_sinkLock;
+    Mutex m_sinkLock;
     HandleTable<NamedMutex> m_mutexes;
 };
 

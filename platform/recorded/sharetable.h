@@ -2,10 +2,11 @@
 #pragma once
 
 #include <cstdint>
-#include <mutex>
 #include <string>
 #include <unordered_map>
 #include <vector>
+
+#include "platform/threading.h"
 
 namespace roundup {
 
@@ -22,7 +23,7 @@ class ShareTable {
         std::uint32_t access;
         std::uint32_t share;
     };
-    std::mutex m_lock;
+    Mutex m_lock;
     std::unordered_map<std::u16string, std::vector<Opening>> m_files;  // guarded by m_lock
 };
 

@@ -2,10 +2,10 @@
 #pragma once
 
 #include <map>
-#include <mutex>
 #include <string>
 #include <vector>
 
+#include "platform/threading.h"
 #include "platform/win32.h"
 #include "platform/windows/wintext.h"
 
@@ -31,7 +31,7 @@ class KeyOrder {
     static Win32Error ReadNames(HKEY key, Names& names);
 
     const bool m_sorts;
-    std::mutex m_lock;
+    Mutex m_lock;
     std::map<HKEY, Names> m_walks;  // guarded by m_lock
 };
 

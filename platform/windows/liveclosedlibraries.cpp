@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/closedstandins.h"
+#include "platform/threading.h"
 #include "platform/windows/liveareas.h"
 #include "platform/windows/wintext.h"
 #include "utility/log.h"
@@ -38,7 +39,7 @@ class ClosedFunction {
     const wchar_t* const m_library;
     const char* const m_name;
     // No std::call_once: it needs the run-time library's own storage of threads, which outlives an unloaded module.
-    std::mutex m_lock;
+    Mutex m_lock;
     bool m_looked = false;  // guarded by m_lock, as the two below
     Function m_function = nullptr;
     Win32Error m_error = kErrorSuccess;

@@ -80,10 +80,7 @@ TEST(Module, LoadsOneAfterAnother_LeaveNothingBehind) {
     EXPECT_LT(HandleCount(), handles + kRounds);
 }
 
-// The thread library that is linked in has one lock of its own, which opens an event in each copy of the module when
-// two threads begin or end at once. It has no call to give that back.
-TEST(Module, LoadAndUnload_LeaveNothingButTheThreadLibrarysLock) {
-    constexpr int kOfThreadLibrary = 1;
+TEST(Module, LoadAndUnload_LeaveNothingBehind) {
     constexpr int kRounds = 4;
     const auto cycle = [] {
         {
@@ -97,7 +94,8 @@ TEST(Module, LoadAndUnload_LeaveNothingButTheThreadLibrarysLock) {
     const int threads = ThreadCount();
     for (int i = 0; i < kRounds; ++i) cycle();
     EXPECT_LE(ThreadCountAtRest(threads), threads);
-    EXPECT_LE(HandleCount(), handles + kRounds * kOfThreadLibrary);
+    // The system may still open one late for itself.
+    EXPECT_LT(HandleCount(), handles + kRounds);
 }
 
 // A second thread makes and deletes entries for as long as the loads run. What stands before them is found every time;

@@ -6,13 +6,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/recorded/installer/databasefile.h"
+#include "platform/threading.h"
 
 namespace roundup {
 
@@ -78,7 +78,7 @@ class CompoundFile : public std::enable_shared_from_this<CompoundFile> {
     Entry m_root;  // its stream holds the mini sectors
 
     // Guarded by m_lock: what is read at its first use.
-    std::mutex m_lock;
+    Mutex m_lock;
     std::vector<Table> m_fat;
     enum class MiniState { Unread, Ready, Broken };
     MiniState m_miniState = MiniState::Unread;

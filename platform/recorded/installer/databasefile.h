@@ -4,11 +4,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <span>
 #include <unordered_map>
 
 #include "platform/filesystem.h"
+#include "platform/threading.h"
 
 namespace roundup {
 
@@ -40,7 +40,7 @@ class DatabaseFile {
     IFileSystem& m_files;
     const FileHandle m_file;
     const std::uint64_t m_size;
-    std::mutex m_lock;  // guards the file's position and what follows
+    Mutex m_lock;  // guards the file's position and what follows
     std::unordered_map<std::uint64_t, std::unique_ptr<std::byte[]>> m_blocks;
 };
 

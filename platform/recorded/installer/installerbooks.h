@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -10,6 +9,7 @@
 
 #include "platform/filesystem.h"
 #include "platform/registry.h"
+#include "platform/threading.h"
 #include "platform/win32.h"
 
 namespace roundup {
@@ -39,7 +39,7 @@ class InstallerBooks {
 
     IRegistry& m_registry;
     IFileSystem& m_files;
-    std::mutex m_lock;
+    Mutex m_lock;
     std::vector<std::u16string> m_components;  // guarded by m_lock; those of the enumeration under way
 };
 

@@ -5,17 +5,17 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 
 #include "platform/recorded/registry/readerlock.h"
 #include "platform/recorded/registry/registryviews.h"
+#include "platform/threading.h"
 
 namespace roundup {
 
 // What enumerations of a key answer from that two nodes make up. Made at the first enumeration, and anew when the
 // registry has changed since.
 struct MergedKey {
-    std::mutex mutex;
+    Mutex mutex;
     bool isMade = false;        // mutex
     std::uint64_t version = 0;  // mutex: of the store when content was made
     KeyContent content;         // mutex
@@ -62,7 +62,7 @@ class KeyHandles {
     static constexpr std::uint32_t kChunks = kIndexBits - kFirstChunkBits;
 
     struct alignas(64) Shard {
-        std::mutex mutex;
+        Mutex mutex;
         std::uint32_t firstFree = 0;   // mutex; index plus 1
         std::uint32_t used = 0;        // mutex: slots handed out at least once
         std::uint64_t nextSerial = 0;  // mutex

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <mutex>
 
+#include "platform/threading.h"
+
 namespace roundup {
 
 // Threads are dealt out to so many shards, so that each has, as long as there are not too many, memory of its own for
@@ -40,7 +42,7 @@ class ReaderLock {
 
     Shard m_shards[kThreadShards];
     alignas(64) std::atomic<bool> m_writing = false;
-    std::mutex m_writers;
+    Mutex m_writers;
 };
 
 }  // namespace roundup

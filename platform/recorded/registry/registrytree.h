@@ -2,7 +2,6 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -12,6 +11,7 @@
 #include "platform/recorded/registry/registrynode.h"
 #include "platform/recorded/registry/sharednames.h"
 #include "platform/registry.h"
+#include "platform/threading.h"
 #include "utility/casemap.h"
 
 namespace roundup {
@@ -126,7 +126,7 @@ class RegistryTree {
     RegistryNode* m_users;
     SharedNames m_names;  // of values; as the arena
     std::vector<std::unique_ptr<IRegistryNodeSource>> m_sources;
-    std::mutex m_onDemand;  // for what reading makes: the content of pending keys, orders
+    Mutex m_onDemand;  // for what reading makes: the content of pending keys, orders
 };
 
 // What a source adds to a key that is being filled.
