@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <iterator>
 #include <numeric>
 #include <string_view>
 
@@ -19,7 +20,7 @@ constexpr std::size_t kFileType = 28;
 constexpr std::size_t kBlocksLength = 40;
 constexpr std::size_t kChecksum = 508;  // of all that stands before it
 constexpr std::size_t kHeaderSize = 4096;
-constexpr std::uint32_t kOldLog = 1;
+constexpr std::uint32_t kOldLogs[] = {1, 2};
 constexpr std::uint32_t kNewLog = 6;
 constexpr std::uint32_t kMostBlocks = 0x7FFF0000;  // bytes; Windows reads none that is larger
 
@@ -142,8 +143,9 @@ std::vector<Entry> Continuation(std::span<const std::byte> hive, std::span<const
     std::vector<Entry> entries;
     for (const std::span<const std::byte> log : logs) {
         if (!HasHeader(log)) continue;
-        if (Dword(log, kFileType) == kNewLog) ReadNewLog(log, entries);
-        if (Dword(log, kFileType) != kOldLog) continue;
+        const std::uint32_t type = Dword(log, kFileType);
+        if (type == kNewLog) ReadNewLog(log, entries);
+        if (std::ranges::find(kOldLogs, type) == std::end(kOldLogs)) continue;
         std::optional<Entry> entry = ReadOldLog(log);
         if (!entry || (entry->number != ended && entry->number != begun)) continue;
         entries.clear();
