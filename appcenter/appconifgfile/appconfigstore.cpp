@@ -7,6 +7,7 @@
 #include "platform/machine.h"
 #include "platform/threading.h"
 #include "utility/formattext.h"
+#include "utility/kvobject.h"
 #include "utility/stringcontainers.h"
 
 namespace roundup {
@@ -25,11 +26,6 @@ struct MergedFiles {
     }
     Mutex lock;  // gathers may run side by side
     CStringSet paths;
-};
-
-struct CloseProbe {
-    IProbeIO* io;
-    ~CloseProbe() { io->Release(); }
 };
 
 ResultCode WriteTo(IProbeIO* io, const void* data, std::uint32_t size, std::uint32_t& done) {
@@ -132,9 +128,9 @@ ResultCode CAppConfigStore::OnItem(void* store, const char16_t* path, std::uint6
 
 ResultCode CAppConfigStore::AppendFile(const char16_t* path, std::uint32_t type) {
     if (path == nullptr || *path == u'\0') return Fail(SmallCode::BadArgument);
-    const CloseProbe source{CurrentMachine().ClosedLibraries().GetProbeIO()};
-    if (source.io == nullptr) return Fail(SmallCode::ObjectAllocation);
-    if (source.io->Open(path, kGenericRead, kShareAll, kOpenExisting) == -1) return Fail(SmallCode::BadHandle);
+    const auto source = RefPtr<IProbeIO>::Adopt(CurrentMachine().ClosedLibraries().GetProbeIO());
+    if (!source) return Fail(SmallCode::ObjectAllocation);
+    if (source->Open(path, kGenericRead, kShareAll, kOpenExisting) == -1) return Fail(SmallCode::BadHandle);
     StoreIndexEntry entry;
     entry.type = type;
     entry.offset = m_position;
@@ -142,7 +138,7 @@ ResultCode CAppConfigStore::AppendFile(const char16_t* path, std::uint32_t type)
     std::uint32_t got = 0;
     do {
         got = 0;
-        const std::int32_t code = source.io->Read(0, buffer, sizeof buffer, &got);
+        const std::int32_t code = source->Read(0, buffer, sizeof buffer, &got);
         if (code != 0) return Pass(ResultCode(static_cast<std::uint32_t>(code)));
         if (got == 0) break;
         std::uint32_t done = 0;

@@ -2,6 +2,7 @@
 #include "externfuncinc/externfunc.h"
 #include "tests/externfuncinc/doneobserver.h"
 #include "tests/externfuncinc/scripted.h"
+#include "tests/support/faultmachine.h"
 #include "tests/support/machinetest.h"
 #include "tests/support/processmachine.h"
 
@@ -117,6 +118,40 @@ TEST_F(UninstallTest, ProcessThatDoesNotStart_FailsAndTellsNobody) {
     m_processes->End(0, 5);
     EXPECT_EQ(m_observer.WaitFor(1)[0].code, 5U);
     m_processes->WaitUntilAllClosed();
+}
+
+// A started process is waited for and its end told once, whatever failed; one that did not start is told of by nobody.
+TEST_F(UninstallTest, AnyOperationFailing_StartsAndTellsOrDoesNeither) {
+    Load({u"one"});
+    std::size_t told = 0;
+    bool refused = false;
+    for (const Area area : {Area::Registry, Area::Files, Area::Shell, Area::System, Area::Processes}) {
+        bool fired = true;
+        for (std::uint64_t n = 1; fired; ++n) {
+            m_facade.Reset();
+            auto processes = std::make_unique<ProcessMachine>(builder.Build());
+            m_processes = &processes->Processes();
+            auto owned = std::make_unique<FaultInjectingMachine>(std::move(processes));
+            FaultInjectingMachine& machine = *owned;
+            Start(std::move(owned));
+            m_facade = RefPtr<CRoundup>::Adopt(new CRoundup(RefPtr<IAppManager>(RefPtr<ScriptedManager>(m_manager))));
+            m_facade->Init();
+            m_facade->SetObserver(&m_observer);
+            Enumerate();
+            machine.FailOperation(area, machine.OperationsOf(area) + n, kErrorAccessDenied);
+            const bool runs = m_facade->UnInstallApp(m_observer.records.at(0)) == 0;
+            refused |= !runs;
+            EXPECT_EQ(m_processes->AllStarted().size(), runs ? 1U : 0U) << static_cast<int>(area) << ' ' << n;
+            if (runs) {
+                m_processes->End(0, 7);
+                m_observer.WaitFor(++told);
+                m_processes->WaitUntilAllClosed();
+            }
+            fired = machine.HasFired();
+        }
+    }
+    EXPECT_EQ(m_observer.Count(), told);
+    EXPECT_TRUE(refused);
 }
 
 // A window is wanted for what may ask its user something, and none for the command of a store package.
