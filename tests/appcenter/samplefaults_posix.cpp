@@ -59,13 +59,14 @@ class SampleFaults : public MachineTest {
         }
         return paths;
     }
-    // Files in the temporary folder, but the log.
-    std::string Leftovers() const {
-        std::string names;
+    // The files in the temporary folder but the log, which go.
+    std::vector<fs::path> TakeLeftovers() const {
+        std::vector<fs::path> left;
         for (const fs::directory_entry& entry : fs::recursive_directory_iterator(m_temp.Path())) {
-            if (entry.is_regular_file() && entry.path().extension() != ".log") names += entry.path().string() + " ";
+            if (entry.is_regular_file() && entry.path().extension() != ".log") left.push_back(entry.path());
         }
-        return names;
+        for (const fs::path& file : left) fs::remove(file);
+        return left;
     }
 
   private:
@@ -92,7 +93,9 @@ TEST_F(SampleFaults, AnyOperationFailing_FindsNothingThatIsNotThereAndLeavesNoth
             }
             fired = machine.HasFired();
             Stop();
-            EXPECT_EQ(Leftovers(), "");
+            // The failing operation may be the one that deletes a file.
+            const std::vector<fs::path> left = TakeLeftovers();
+            EXPECT_LE(left.size(), area == Area::Files ? 1U : 0U) << left.front();
         }
     }
 }
