@@ -60,6 +60,7 @@ class ScriptedProcesses final : public IProcesses {
     std::vector<Started> AllStarted() {
         const std::lock_guard guard(m_lock);
         std::vector<Started> all;
+        all.reserve(m_processes.size());
         for (const Process& process : m_processes) all.push_back(process.started);
         return all;
     }
