@@ -181,6 +181,22 @@ start_wine() {
     timeout 180 wine cmd /c ver && wineserver -w
 }
 
+# Packages as others ship them, where there are any. Wine cannot install each of them; those that it can are compared
+# with the rest.
+install_real_packages() {
+    local package name
+    for package in ../shared/data/msi/*.msi; do
+        [[ -f $package ]] || continue
+        name=$(basename "$package")
+        if timeout 120 wine msiexec /i "Z:$(realpath "$package" | tr / '\\')" /qn; then
+            echo "installed: $name"
+        else
+            echo "not installed: $name"
+        fi
+    done
+    wineserver -w
+}
+
 # Stripped, as it is shipped.
 check_size() {
     local cpu=x86_64
@@ -196,6 +212,7 @@ run_windows() {
         build "$preset" && built+=("build/$preset")
     done
     step wine/prefix start_wine || return
+    step wine/real-packages install_real_packages
     # Before the tests leave anything there.
     [[ -x build/release/bin/roundup ]] || build release
     step wine/compare tools/check-windows build/release/bin/roundup "$WINEPREFIX" "${built[@]/%//bin/roundup.exe}"
