@@ -28,6 +28,7 @@ TEST_F(HidePassTest, DependencyKeys_LeadFromAHiddenPackageToTheRootThatTheUserSe
         builder.Text(path, u"DisplayName", display);
         if (!dependent.empty()) builder.Key(path + u"\\Dependents\\" + std::u16string(dependent));
     };
+    builder.DenyKey(Under(kDependencies, u"o"));
     provider(u"p0", u"Nobody", u"x");
     provider(u"p1", u"Part One", u"p2");  // a chain of two, the last one a code without a key of its own
     provider(u"p2", u"", CodeText(1));
@@ -58,6 +59,23 @@ TEST_F(HidePassTest, DependencyKeys_LeadFromAHiddenPackageToTheRootThatTheUserSe
                       {.key = u"Looks in"},
                       {.key = u"Direct"}}),
               "a(dep:PART ONE) b(dep:Part Two) b2 c(dep:Looks in) d(dep:Direct) | Part One Circle Self Unknown");
+}
+
+TEST_F(HidePassTest, SameFolder_IsEqualAboveOrBelowAtAWholeName) {
+    EXPECT_EQ(Passed(&AttachSameFolder,
+                     {{.key = u"a", .location = u"C:\\Apps\\Tool"}, {.key = u"b", .location = u"D:\\One\\Two"}},
+                     {{.key = u"h1", .location = u"c:\\apps\\tool\\part"},
+                      {.key = u"h2", .location = u"C:\\Apps\\Toolbox"},
+                      {.key = u"h3", .location = u"D:\\One"},
+                      {.key = u"h4", .location = u"D:\\On"},
+                      {.key = u"h5", .location = u"d:\\one\\two"}}),
+              "a(loc:h1) b(loc:h3, loc:h5) | h2 h4");
+    // The only one, so that nothing parts its path where the application's ends.
+    EXPECT_EQ(
+        Passed(&AttachSameFolder, {{.key = u"a", .location = u"C:\\A"}}, {{.key = u"h", .location = u"C:\\A\\B"}}),
+        "a(loc:h) | ");
+    EXPECT_EQ(Passed(&AttachSameFolder, {{.key = u"a", .location = u"C:\\A"}}, {{.key = u"h", .location = u"C:\\AB"}}),
+              "a | h");
 }
 
 TEST_F(HidePassTest, LongChainAndLongCircleOfProviders_AreWalkedOnce) {
