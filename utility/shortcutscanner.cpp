@@ -48,7 +48,7 @@ class Apartment {
 bool AssignLongPath(OwnedString& target, const char16_t* path) {
     PathBuffer longPath;
     GetLongPath(path, longPath);
-    return target.Assign(longPath);
+    return AssignString(target, longPath);
 }
 
 // An advertised shortcut says which component of which product it opens; where that is, the installer knows.
@@ -96,8 +96,9 @@ bool SplitLinkPath(std::u16string_view path, ShortcutRecord& record) {
     if (dot == std::u16string_view::npos) return false;
     const std::size_t separator = path.substr(0, dot).rfind(u'\\');
     if (separator == std::u16string_view::npos) return false;
-    return record.linkFolder.Assign(path.substr(0, separator)) &&
-           record.linkBaseName.Assign(path.substr(separator + 1, dot - separator - 1)) && record.linkPath.Assign(path);
+    return AssignString(record.linkFolder, path.substr(0, separator)) &&
+           AssignString(record.linkBaseName, path.substr(separator + 1, dot - separator - 1)) &&
+           AssignString(record.linkPath, path);
 }
 
 }  // namespace
@@ -170,8 +171,8 @@ bool ShortcutScanner::ReadShortcut(ShortcutRecord& record, const char16_t* path)
     record.showCommand = link.showCommand;
     record.iconIndex = link.iconIndex;
     return SplitLinkPath(path, record) && AssignLongPath(record.workingDirectory, link.workingDirectory.c_str()) &&
-           AssignLongPath(record.iconPath, link.iconPath.c_str()) && record.description.Assign(link.description) &&
-           record.arguments.Assign(link.arguments);
+           AssignLongPath(record.iconPath, link.iconPath.c_str()) &&
+           AssignString(record.description, link.description) && AssignString(record.arguments, link.arguments);
 }
 
 void ShortcutScanner::CollectTargets() {

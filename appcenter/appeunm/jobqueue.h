@@ -57,18 +57,22 @@ class JobQueue {
         m_event.Set();
     }
 
-    // As Close, but drops the jobs that wait.
+    // As Close, but drops the jobs that wait; allocates nothing, since queues end when memory is short, too.
     void CloseAndDiscard() {
-        std::deque<Job> dropped;
-        {
-            const LockGuard guard(m_lock);
-            m_closed = true;
-            m_jobs.swap(dropped);
-        }
-        m_event.Set();
+        Close();
+        Job dropped{};
+        while (TakeWaiting(dropped)) continue;
     }
 
   private:
+    bool TakeWaiting(Job& job) {
+        const LockGuard guard(m_lock);
+        if (m_jobs.empty()) return false;
+        job = std::move(m_jobs.front());
+        m_jobs.pop_front();
+        return true;
+    }
+
     CriticalSection m_lock;
     AutoResetEvent m_event{false};
     std::deque<Job> m_jobs;  // guarded by m_lock

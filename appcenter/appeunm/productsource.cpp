@@ -53,9 +53,10 @@ RefPtr<CApp> MakeApp() {
     return app;
 }
 
-// A value that is absent leaves the field as it was.
+// A value that is absent leaves the field as it was. One that is a list of texts has more of them behind the first.
 void TakeText(CWFYRegKey& key, const char16_t* name, OwnedString& text) {
     Ignore(key.GetString(name, text), u"a product need not have the value");
+    text.Measure();
 }
 
 }  // namespace
@@ -95,13 +96,13 @@ void ProductEnumerator::ReadProducts(CWFYRegKey& userData, const OwnedString& us
     });
 }
 
-// What memory is short for is the one failure.
+// What memory is short for is the one failure, and its line is the caller's.
 ResultCode ProductEnumerator::ReadProduct(const Branch& branch, const OwnedString& packed, PackageQueue& queue) {
     CWFYRegKey properties;
     const std::u16string path = FormatText(u"%s\\InstallProperties", packed);
     if (Failed(properties.Open(branch.products.GetKeyHandle(), path.c_str(), m_view64, true))) return kSuccess;
     RefPtr<CApp> app = MakeApp();
-    if (!app) return Fail(SmallCode::ObjectAllocation);
+    if (!app) return FailQuiet(SmallCode::ObjectAllocation);
     app->ProductCode = ParseGuid(packed, GuidForm::Packed);
     FillProduct(properties, *app);
     std::vector<RefPtr<CApp>> patches;
@@ -134,8 +135,9 @@ void ProductEnumerator::ReadPatches(const Branch& branch, const OwnedString& pac
     const std::u16string path = FormatText(u"%s\\Patches", packed);
     if (Failed(patchesKey.Open(branch.products.GetKeyHandle(), path.c_str(), m_view64, true))) return;
     OwnedString codes;
-    TakeText(patchesKey, u"AllPatches", codes);
-    if (codes.IsEmpty()) return;
+    Ignore(patchesKey.GetString(u"AllPatches", codes), u"a product need not have patches");
+    // An empty list is not an empty text: it has its end.
+    if (*codes.Text() == u'\0') return;
     AddPatchCodes(codes, app);
     ForEachSubKey(patchesKey, m_goOn, [&](const OwnedString& patch) {
         const ResultCode rc = ReadPatch(branch, patchesKey, patch, app, patches);
@@ -151,7 +153,7 @@ ResultCode ProductEnumerator::ReadPatch(const Branch& branch, CWFYRegKey& patche
     CWFYRegKey named;
     if (Failed(named.Open(patchesKey.GetKeyHandle(), packed.Text(), m_view64, true))) return kSuccess;
     RefPtr<CApp> patch = MakeApp();
-    if (!patch) return Fail(SmallCode::ObjectAllocation);
+    if (!patch) return FailQuiet(SmallCode::ObjectAllocation);
     patch->ProductCode = code;
     TakeText(named, u"DisplayName", patch->pwszName);
     CWFYRegKey cached;

@@ -122,6 +122,8 @@ TEST_F(ProductSourceTest, OnePackage_IsReadOnceWhateverNamesIt) {
 TEST_F(ProductSourceTest, Patches_HaveTheirNameFromTheProductAndTheirPackageFromTheBranch) {
     const std::u16string product = Product(kMachine, kNotes, u"C:\\gone.msi");
     Patch(product, kMachine, kPatch, true);
+    builder.MultiText(Branch(kMachine, u"Patches\\" + Packed(kPatch)), u"LocalPackage",
+                      {u"C:\\Windows\\Installer\\p.msp", u"more"});
     EXPECT_EQ(Read(), (Texts{" 1 ", "Patch 3 "}));
     EXPECT_EQ(At(0).RelatedCodes.count(ParseGuid(kPatch, GuidForm::Braced)), 1U);
     EXPECT_EQ(At(1).pwszMsiPath.View(), u"C:\\Windows\\Installer\\p.msp");
@@ -131,7 +133,11 @@ TEST_F(ProductSourceTest, PatchWithoutPackageOrOfARefusedProduct) {
     Patch(Product(kMachine, kNotes, u"C:\\gone.msi"), kMachine, kPatch, false);
     // The same package under another account: the product is refused, its patch is not.
     Patch(Product(u"S-1-5-21-1", kNotes, u"C:\\gone.msi"), u"S-1-5-21-1", kPatch, true);
-    EXPECT_EQ(Read(), (Texts{" 1 ", "Patch 3 "}));
+    // A product without patches, whose former one left a key behind.
+    const std::u16string product = Product(kMachine, kPlotter, u"C:\\other.msi");
+    Patch(product, kMachine, u"{44444444-5E1F-4C0D-9A66-0123456789AB}", true);
+    builder.MultiText(product + u"\\Patches", u"AllPatches", {});
+    EXPECT_EQ(Read(), (Texts{" 1 ", " 2 ", "Patch 3 "}));
 }
 
 TEST_F(ProductSourceTest, BrokenBranches_AreLeftOut) {

@@ -54,8 +54,8 @@ class ScriptedObserver final : public IRoundupObserver {
     std::vector<std::string> told;
     std::vector<IRmxApp*> records;
     std::uint32_t cancelAt = 0;  // percent that is answered with 0
-    // What the host does when it is told that.
-    std::function<void(const std::string&)> callBack = [](const std::string&) {};
+    // What the host does when it is told that. A copy: the host may be told more meanwhile, which moves the texts.
+    std::function<void(std::string)> callBack = [](const std::string&) {};
     std::int32_t references = 1;
 
     std::uint32_t AddRef() override { return static_cast<std::uint32_t>(++references); }
