@@ -75,21 +75,22 @@ class CTableAnalyzer {
     // query: the SELECT statement of the table, a literal.
     explicit CTableAnalyzer(std::u16string_view query) noexcept : m_query(query) {}
 
+    // Fetches all records; the first one that fails ends the table and is the result.
+    virtual ResultCode ReadRows();
+    // Reads the columns, and adds a row.
+    virtual ResultCode ReadRecord(RecordColumns& columns) = 0;
     // Null when memory is short.
     template <class T>
     RowPtr<T> MakeRow() noexcept {
         static_assert(alignof(T) <= alignof(std::max_align_t));
         return RowPtr<T>(new (m_arena) T);
     }
-    // Reads the columns, and adds a row.
-    virtual ResultCode ReadRecord(RecordColumns& columns) = 0;
     // For a row without a primary key: owned, and in no index.
     void OwnRow(RowPtr<CTableRow> row);
 
   private:
     static ResultCode OnRecord(void* context, const InstallerHandle* record);
     ResultCode LoadTable(InstallerHandle database);
-    virtual ResultCode ReadRows();
     void Clear() noexcept;
 
     const std::u16string_view m_query;
