@@ -76,8 +76,8 @@ ResultCode CReadConfig::ReadLine(std::u16string_view& line) {
         TraceLine(u"Line of a rule file is too long: %s\n", line.substr(0, 80));
         line = {};
     }
-    while (!line.empty() && line.back() == u'\r') line.remove_suffix(1);
     line = UpToZero(line);
+    while (!line.empty() && line.back() == u'\r') line.remove_suffix(1);
     return kSuccess;
 }
 
