@@ -52,6 +52,14 @@ class CConfigFileAnalyzer {
     const CMSIAnalyzer* Analyzer() const noexcept { return m_analyzer; }
     const std::vector<Entry>& Entries() const noexcept { return m_entries; }
     bool HasEntries(std::u16string_view keyword) const noexcept;
+    // Calls follow(value) for each entry of the keyword. One that cannot be followed is dropped.
+    template <class Follow>
+    void FollowEntries(std::u16string_view keyword, Follow follow) const {
+        for (const auto& [word, value] : m_entries) {
+            if (word != keyword) continue;
+            if (const ResultCode rc = follow(value); Failed(rc)) Skip(rc);
+        }
+    }
     bool Is64Bit() const noexcept { return m_bits == 64; }
     // A registry entry taken apart.
     struct RegEntry {

@@ -19,28 +19,22 @@ bool CExclusiveConfigFileAnalyzer::IsDirExcluded(std::u16string_view path) const
 }
 
 ResultCode CExclusiveConfigFileAnalyzer::LoadReg() {
-    for (const auto& [keyword, line] : Entries()) {
-        if (keyword != u"reg") continue;
+    FollowEntries(u"reg", [this](std::u16string_view line) {
         RegEntry entry;
-        if (const ResultCode rc = ParseRegEntry(line, entry); Failed(rc)) {
-            Skip(rc);
-            continue;
-        }
+        if (const ResultCode rc = ParseRegEntry(line, entry); Failed(rc)) return PassQuiet(rc);
         m_excludedRegs.emplace(entry.root, entry.key);
-    }
+        return kSuccess;
+    });
     return kSuccess;
 }
 
 ResultCode CExclusiveConfigFileAnalyzer::LoadDir() {
-    for (const auto& [keyword, line] : Entries()) {
-        if (keyword != u"dir") continue;
+    FollowEntries(u"dir", [this](std::u16string_view line) {
         std::u16string path;
-        if (const ResultCode rc = FormatDir(line, path); Failed(rc)) {
-            Skip(rc);
-            continue;
-        }
+        if (const ResultCode rc = FormatDir(line, path); Failed(rc)) return PassQuiet(rc);
         if (!path.empty()) m_excludedDirs.insert(std::move(path));
-    }
+        return kSuccess;
+    });
     return kSuccess;
 }
 

@@ -13,6 +13,7 @@ namespace {
 
 constexpr std::u16string_view kUninstallKey = u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall";
 constexpr std::uint64_t kThreshold = 9;  // bytes
+constexpr std::u16string_view kUnread = u"what cannot be read is left out";
 
 }  // namespace
 
@@ -32,10 +33,7 @@ ResultCode CIncludeConfigFileAnalyzer::AnalyzeReg() {
     if (!HasEntries(u"reg")) return kSuccess;
     DataExport data(*Analyzer(), *m_dataFile);
     if (const ResultCode rc = data.Begin(); Failed(rc)) return Pass(rc);
-    for (const auto& [keyword, line] : Entries()) {
-        if (keyword != u"reg") continue;
-        if (const ResultCode rc = SaveEntry(line); Failed(rc)) Skip(rc);
-    }
+    FollowEntries(u"reg", [this](std::u16string_view line) { return SaveEntry(line); });
     return data.HandOver(DataTerminator::Registry, kThreshold, ItemType::kRegistry);
 }
 
@@ -44,41 +42,33 @@ ResultCode CIncludeConfigFileAnalyzer::SaveEntry(std::u16string_view line) {
     if (const ResultCode rc = ParseRegEntry(line, entry); Failed(rc)) return Pass(rc);
     if (!entry.name.empty() && !entry.data.empty()) return kSuccess;
     CSaveRegistry2DataFile save(*m_dataFile, Analyzer());
-    constexpr std::u16string_view kWhy = u"what cannot be read is left out";
     for (const bool view64 : {true, false}) {
         if (view64 && !Is64Bit()) continue;
         Ignore(entry.name.empty() ? save.SaveKey(entry.root, entry.key, view64)
                                   : save.SaveValue(entry.root, entry.key, entry.name, view64),
-               kWhy);
+               kUnread);
     }
     return kSuccess;
 }
 
 ResultCode CIncludeConfigFileAnalyzer::AnalyzeFile() {
-    for (const auto& [keyword, line] : Entries()) {
-        if (keyword != u"file") continue;
+    FollowEntries(u"file", [this](std::u16string_view line) {
         std::u16string path;
-        if (const ResultCode rc = FormatFile(line, path); Failed(rc)) {
-            Skip(rc);
-            continue;
-        }
+        if (const ResultCode rc = FormatFile(line, path); Failed(rc)) return PassQuiet(rc);
         const std::uint64_t size = GetFileSize64(path.c_str());
         if (size > 0) Analyzer()->Report(path, size, ItemType::kFile);
-    }
+        return kSuccess;
+    });
     return kSuccess;
 }
 
 ResultCode CIncludeConfigFileAnalyzer::AnalyzeDir() {
-    for (const auto& [keyword, line] : Entries()) {
-        if (keyword != u"dir") continue;
+    FollowEntries(u"dir", [this](std::u16string_view line) {
         std::u16string path;
-        if (const ResultCode rc = FormatDir(line, path); Failed(rc)) {
-            Skip(rc);
-            continue;
-        }
+        if (const ResultCode rc = FormatDir(line, path); Failed(rc)) return PassQuiet(rc);
         Analyzer()->Report(path, 0, ItemType::kFolder);
-        if (const ResultCode rc = Analyzer()->ReportFiles(path, true, u"*.*"); Failed(rc)) Skip(rc);
-    }
+        return Analyzer()->ReportFiles(path, true, u"*.*");
+    });
     return kSuccess;
 }
 
@@ -86,21 +76,19 @@ ResultCode CIncludeConfigFileAnalyzer::AnalyzeUninstall() {
     if (!HasEntries(u"uins")) return kSuccess;
     DataExport data(*Analyzer(), *m_dataFile);
     if (const ResultCode rc = data.Begin(); Failed(rc)) return Pass(rc);
-    for (const auto& [keyword, line] : Entries()) {
-        if (keyword != u"uins") continue;
-        std::u16string_view root;
-        std::u16string_view subkey;
-        std::u16string_view name;
-        std::u16string_view value;
-        if (const ResultCode rc = ParseReg(line, root, subkey, name, value); Failed(rc)) {
-            Skip(rc);
-            continue;
-        }
-        constexpr std::u16string_view kWhy = u"what cannot be read is left out";
-        if (Is64Bit()) Ignore(SaveSubkey(kHkeyLocalMachine, kUninstallKey, subkey, true), kWhy);
-        Ignore(SaveSubkey(kHkeyLocalMachine, kUninstallKey, subkey, false), kWhy);
-    }
+    FollowEntries(u"uins", [this](std::u16string_view line) { return SaveUninstallKey(line); });
     return data.HandOver(DataTerminator::Registry, kThreshold, ItemType::kUninstallRegistry);
+}
+
+ResultCode CIncludeConfigFileAnalyzer::SaveUninstallKey(std::u16string_view line) {
+    std::u16string_view root;
+    std::u16string_view subkey;
+    std::u16string_view name;
+    std::u16string_view value;
+    if (const ResultCode rc = ParseReg(line, root, subkey, name, value); Failed(rc)) return Pass(rc);
+    if (Is64Bit()) Ignore(SaveSubkey(kHkeyLocalMachine, kUninstallKey, subkey, true), kUnread);
+    Ignore(SaveSubkey(kHkeyLocalMachine, kUninstallKey, subkey, false), kUnread);
+    return kSuccess;
 }
 
 ResultCode CIncludeConfigFileAnalyzer::SaveSubkey(KeyHandle root, std::u16string_view key, std::u16string_view subkey,
@@ -125,9 +113,7 @@ ResultCode CIncludeConfigFileAnalyzer::AnalyzeDriver() {
             Skip(rc);
             continue;
         }
-        for (const std::u16string_view text : {first, std::u16string_view(second), third}) {
-            if (const ResultCode rc = m_dataFile->WriteString(text); Failed(rc)) return Pass(rc);
-        }
+        if (const ResultCode rc = WriteStrings(*m_dataFile, first, second, third); Failed(rc)) return Pass(rc);
     }
     return data.HandOver(DataTerminator::Plain, kThreshold, ItemType::kDriver);
 }

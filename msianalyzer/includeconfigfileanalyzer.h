@@ -28,6 +28,7 @@ class CIncludeConfigFileAnalyzer : public CConfigFileAnalyzer {
 
   private:
     ResultCode SaveEntry(std::u16string_view line);
+    ResultCode SaveUninstallKey(std::u16string_view line);
 
     std::unique_ptr<CDataFile> m_dataFile;
 };
