@@ -11,13 +11,28 @@ namespace roundup {
 
 namespace {
 
-bool OpenClassesKey(CWFYRegKey& key, const char16_t* path, bool view64) {
-    return Succeeded(key.Open(kHkeyLocalMachine, path, view64, false));
+// Calls scan(reader, id) for each subkey of the machine's key, and makes room for them. A hive lists a name once: only
+// the second pass can meet one that is there already, which isKnown(id) tells.
+template <class Ids, class Records, class IsKnown, class Scan>
+void ScanKey(const char16_t* path, bool view64, Ids& ids, Records& records, IsKnown isKnown, Scan scan) {
+    CWFYRegKey key;
+    if (Failed(key.Open(kHkeyLocalMachine, path, view64, false))) return;
+    if (!view64) ids.Reserve(key.KeyCount()), records.reserve(key.KeyCount());
+    SubKeyReader reader(key, view64);
+    ForEachSubKey(key, [&](OwnedString& id) {
+        if (!view64 || !isKnown(id)) scan(reader, id);
+        return true;
+    });
+}
+
+// The default value of the key "first" below the id; only when that key cannot be opened, that of "second".
+void ReadEither(SubKeyReader& reader, const OwnedString& id, std::u16string_view first, OwnedString& text,
+                std::u16string_view second, OwnedString& instead) {
+    if (reader.Read(id, first, text) == DefaultRead::CannotOpen) (void)reader.Read(id, second, instead);
 }
 
 }  // namespace
 
-// A hive lists a name once: only the second pass can meet one that is there already.
 CComCache::CComCache() {
     for (const bool view64 : {false, true}) {
         if (view64 && !Is64BitOS()) break;
@@ -39,25 +54,20 @@ std::uint32_t CComCache::PathNumber(OwnedString& text) {
 }
 
 void CComCache::ScanClasses(bool view64) {
-    CWFYRegKey key;
-    if (!OpenClassesKey(key, u"SOFTWARE\\Classes\\CLSID", view64)) return;
-    SubKeyReader reader(key, view64);
-    if (!view64) m_classIds.Reserve(key.KeyCount()), m_classes.reserve(key.KeyCount());
-    ForEachSubKey(key, [&](OwnedString& id) {
-        const std::uint32_t known = view64 ? m_classIds.Find(id) : TextIndex::kNone;
-        if (known == TextIndex::kNone || m_classIds[known].record == TextIndex::kNone) ScanClass(reader, id);
-        return true;
-    });
+    const auto isKnown = [this](const OwnedString& id) {
+        const std::uint32_t known = m_classIds.Find(id);
+        return known != TextIndex::kNone && m_classIds[known].record != TextIndex::kNone;
+    };
+    ScanKey(u"SOFTWARE\\Classes\\CLSID", view64, m_classIds, m_classes, isKnown,
+            [this](SubKeyReader& reader, OwnedString& id) { ScanClass(reader, id); });
 }
 
 void CComCache::ScanClass(SubKeyReader& reader, OwnedString& id) {
     OwnedString library;
     OwnedString server;
-    CCSLIDInfo info;
     (void)reader.Read(id, u"TypeLib", library);
-    if (reader.Read(id, u"InprocServer32", server) == DefaultRead::CannotOpen) {
-        (void)reader.Read(id, u"LocalServer32", server);
-    }
+    ReadEither(reader, id, u"InprocServer32", server, u"LocalServer32", server);
+    CCSLIDInfo info;
     (void)reader.Read(id, u"ProgID", info.progId);
 
     info.classId = m_classIds.AddSpelled(std::move(id));
@@ -72,16 +82,12 @@ void CComCache::ScanClass(SubKeyReader& reader, OwnedString& id) {
 }
 
 void CComCache::ScanTypeLibraries(bool view64) {
-    CWFYRegKey key;
-    if (!OpenClassesKey(key, u"SOFTWARE\\Classes\\TypeLib", view64)) return;
-    SubKeyReader reader(key, view64);
-    ForEachSubKey(key, [&](OwnedString& id) {
-        const std::uint32_t known = view64 ? m_libraryIds.Find(id) : TextIndex::kNone;
-        if (known == TextIndex::kNone || m_libraryIds[known].library == TextIndex::kNone) {
-            ScanTypeLibrary(reader, view64, id);
-        }
-        return true;
-    });
+    const auto isKnown = [this](const OwnedString& id) {
+        const std::uint32_t known = m_libraryIds.Find(id);
+        return known != TextIndex::kNone && m_libraryIds[known].library != TextIndex::kNone;
+    };
+    ScanKey(u"SOFTWARE\\Classes\\TypeLib", view64, m_libraryIds, m_libraries, isKnown,
+            [&](SubKeyReader& reader, OwnedString& id) { ScanTypeLibrary(reader, view64, id); });
 }
 
 // The first version and its first locale stand for the library.
@@ -106,14 +112,9 @@ void CComCache::ScanTypeLibrary(SubKeyReader& reader, bool view64, OwnedString& 
 }
 
 void CComCache::ScanInterfaces(bool view64) {
-    CWFYRegKey key;
-    if (!OpenClassesKey(key, u"SOFTWARE\\Classes\\Interface", view64)) return;
-    SubKeyReader reader(key, view64);
-    if (!view64) m_interfaceIds.Reserve(key.KeyCount()), m_interfaces.reserve(key.KeyCount());
-    ForEachSubKey(key, [&](OwnedString& id) {
-        if (!view64 || m_interfaceIds.Find(id) == TextIndex::kNone) ScanInterface(reader, id);
-        return true;
-    });
+    const auto isKnown = [this](const OwnedString& id) { return m_interfaceIds.Find(id) != TextIndex::kNone; };
+    ScanKey(u"SOFTWARE\\Classes\\Interface", view64, m_interfaceIds, m_interfaces, isKnown,
+            [this](SubKeyReader& reader, OwnedString& id) { ScanInterface(reader, id); });
 }
 
 void CComCache::ScanInterface(SubKeyReader& reader, OwnedString& id) {
@@ -121,9 +122,7 @@ void CComCache::ScanInterface(SubKeyReader& reader, OwnedString& id) {
     OwnedString proxy;
     OwnedString proxy32;
     (void)reader.Read(id, u"TypeLib", library);
-    if (reader.Read(id, u"ProxyStubClsid", proxy) == DefaultRead::CannotOpen) {
-        (void)reader.Read(id, u"ProxyStubClsid32", proxy32);
-    }
+    ReadEither(reader, id, u"ProxyStubClsid", proxy, u"ProxyStubClsid32", proxy32);
     CInterfaceInfo info;
     info.typeLibrary = m_libraryIds.AddOrNone(std::move(library));
     info.proxyClass = m_classIds.AddOrNone(std::move(proxy));
