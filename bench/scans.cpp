@@ -165,10 +165,10 @@ double BareQuestions(Machine& machine, int scale) {
 void FillApp(CApp& app, int number) {
     app.pwszName = OwnedString(Maker(number) + u" Product Suite");
     app.pwszPublisher = OwnedString(Maker(number));
-    for (int i = 0; i < 20; ++i) app.FilePaths.Add(Server(number * 20 + i));
-    for (int i = 0; i < 40; ++i) app.FilePaths.Add(Program(number * 40 + i));
+    for (int i = 0; i < 20; ++i) app.MakeGathered().FilePaths.Add(Server(number * 20 + i));
+    for (int i = 0; i < 40; ++i) app.MakeGathered().FilePaths.Add(Program(number * 40 + i));
     for (int i = 0; i < 1000; ++i)
-        app.FilePaths.Add(FormatText(u"C:\\Program Files\\%s\\data%d.bin", Maker(number), i));
+        app.MakeGathered().FilePaths.Add(FormatText(u"C:\\Program Files\\%s\\data%d.bin", Maker(number), i));
 }
 
 double Queries(benchmark::State& state) {
@@ -189,7 +189,7 @@ double Queries(benchmark::State& state) {
 
 double Hub() {
     CApp app;
-    app.FilePaths.Add(u"C:\\hub.tlb");
+    app.MakeGathered().FilePaths.Add(u"C:\\hub.tlb");
     Best best;
     for (int pass = 0; pass < 3; ++pass) {
         RegGatherResults results;

@@ -50,11 +50,11 @@ Json StoreJson(const CApp& app) {
 Json Members(const CApp& app) {
     Json json = Head(app, app.pwszKeyString);
     json["files"] = Json::array();
-    for (const std::unique_ptr<CWFYFile>& file : app.Files) {
+    for (const std::unique_ptr<CWFYFile>& file : app.Gathered().Files) {
         json["files"].push_back(FileJson(*file, file->pwszShortPath));
     }
-    json["directories"] = Array(app.Directories);
-    json["systemDirectories"] = Array(app.SystemDirectories);
+    json["directories"] = Array(app.Gathered().Directories);
+    json["systemDirectories"] = Array(app.Gathered().SystemDirectories);
     json["store"] = StoreJson(app);
     return json;
 }

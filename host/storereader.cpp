@@ -160,7 +160,7 @@ std::span<const std::byte> StorePair::Record(const StoreEntry& entry) const noex
 bool ReadStorePair(const CApp& app, StorePair& pair) {
     bool hasIndex = false;
     bool hasData = false;
-    for (const std::unique_ptr<CWFYFile>& file : app.Files) {
+    for (const std::unique_ptr<CWFYFile>& file : app.Gathered().Files) {
         if (file->dwType == FileType::kIndex) {
             hasIndex = ReadWholeFile(file->pwszPath.Text(), kLargestStore, pair.index);
         } else if (file->dwType == FileType::kConfig) {

@@ -11,6 +11,8 @@ namespace roundup {
 
 namespace {
 
+const GatheredItems kNothingGathered;
+
 void CopyText(char16_t (&target)[kRecordTextSize], const OwnedString& source) noexcept {
     if (!source.IsEmpty()) CopyBounded(target, source, kRecordTextSize);
 }
@@ -67,14 +69,22 @@ void CApp::FillAppInfo(AppRecordEx& record) const {
     CopyText(record.wzOriginalInstallLoc, pwszOriginalInstallLoc);
 }
 
+const GatheredItems& CApp::Gathered() const noexcept { return m_gathered != nullptr ? *m_gathered : kNothingGathered; }
+
+GatheredItems& CApp::MakeGathered() {
+    if (m_gathered == nullptr) m_gathered = std::make_unique<GatheredItems>();
+    return *m_gathered;
+}
+
 const char16_t* CApp::GetDirectory(std::uint32_t index) const {
-    if (index >= Directories.size()) return nullptr;
-    return std::next(Directories.begin(), static_cast<std::ptrdiff_t>(index))->Get();
+    const CStringSet& directories = Gathered().Directories;
+    if (index >= directories.size()) return nullptr;
+    return std::next(directories.begin(), static_cast<std::ptrdiff_t>(index))->Get();
 }
 
 bool CApp::IsGathered() const {
     return AnyInForest(
-        *this, [](const CApp& app) { return !app.Files.empty(); }, [](const IApp& app) { return app.IsGathered(); });
+        *this, [](const CApp& app) { return !app.Gathered().Files.empty(); }, [](const IApp& app) { return app.IsGathered(); });
 }
 
 void CApp::UnGather() {
@@ -82,13 +92,7 @@ void CApp::UnGather() {
         *this,
         [](CApp& app) {
             TraceLine(u"UnGather App \"%s\"", app.pwszName);
-            app.Files.clear();
-            app.pConfigFile = nullptr;
-            app.pIndexFile = nullptr;
-            app.FilePaths.Clear();
-            app.m_lastCounted = app.FilePaths.end();
-            app.Directories.Clear();
-            app.SystemDirectories.Clear();
+            app.m_gathered.reset();
             return false;
         },
         [](IApp& app) {
@@ -98,8 +102,8 @@ void CApp::UnGather() {
 }
 
 void CApp::GetDrives(CStringSet& drives) const {
-    AddDrives(Directories, drives);
-    AddDrives(SystemDirectories, drives);
+    AddDrives(Gathered().Directories, drives);
+    AddDrives(Gathered().SystemDirectories, drives);
 }
 
 void CApp::GetSubApps(std::vector<IApp*>& subApps) const {
@@ -108,13 +112,14 @@ void CApp::GetSubApps(std::vector<IApp*>& subApps) const {
 
 void CApp::GetFilesAndDirectories(std::vector<IWFYFile*>& files, CStringVec& directories) {
     files.clear();
-    for (const std::unique_ptr<CWFYFile>& file : Files) {
-        if (!KeepStoreFile(*file)) files.push_back(file.get());
+    if (m_gathered == nullptr) return;
+    for (const std::unique_ptr<CWFYFile>& file : m_gathered->Files) {
+        if (!m_gathered->KeepStoreFile(*file)) files.push_back(file.get());
     }
-    for (const OwnedString& directory : Directories) directories.Add(directory);
+    for (const OwnedString& directory : m_gathered->Directories) directories.Add(directory);
 }
 
-bool CApp::KeepStoreFile(CWFYFile& file) noexcept {
+bool GatheredItems::KeepStoreFile(CWFYFile& file) noexcept {
     switch (file.dwType) {
         case FileType::kConfig:
             pConfigFile = &file;

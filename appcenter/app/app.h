@@ -4,12 +4,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <set>
 #include <vector>
 
 #include "appcenter/app/apporigin.h"
+#include "appcenter/app/gathereditems.h"
 #include "appcenter/app/iapp.h"
-#include "appcenter/appfile/appfile.h"
+#include "utility/flatset.h"
 #include "utility/guid.h"
 #include "utility/ownedstring.h"
 #include "utility/stringcontainers.h"
@@ -65,47 +65,46 @@ class CApp : public CKvObject<IApp> {
     // Normalises the location, here and below, and follows its mount points into pwszRealInstallLoc.
     void ResolveRealLocation();
 
+    // What was gathered; of one that is not gathered, nothing. The const one is good until UnGather.
+    const GatheredItems& Gathered() const noexcept;
+    // The same to be added to. Throws what the standard library does when memory is short.
+    GatheredItems& MakeGathered();
+
     // Takes in a path that a source of a gather has found: a file of size bytes, or a directory (FileType). A path
     // counts once. BadArgument for one that is empty or has 520 or more characters.
     ResultCode AddFile(const char16_t* path, std::uint64_t size, std::uint32_t type);
     // Takes in a file that a rule names, whether its path has been counted or not.
     ResultCode AddIncludedFile(const OwnedString& path);
 
-    OwnedString pwszName;
-    std::int64_t llGatheredSize = 0;   // bytes
-    std::int64_t llEstimatedSize = 0;  // bytes
-    std::uint64_t qwFlags = 0;         // AppFlags
-    Guid ProductCode;
-    OwnedString pwszInstallLoc;
-    OwnedString pwszVersion;
-    OwnedString pwszPublisher;
-    OwnedString pwszKeyString;  // names the Uninstall key, the rule files and the files of the config store
-    OwnedString pwszParentKeyName;
-    OwnedString pwszParentDisplayName;
-    OwnedString pwszInstallSource;
-    OwnedString pwszType;     // suite family: OFFICE, VISIO, PROJECT, COMPONENTS
-    OwnedString pwszTypeDes;  // suite family and version, such as OFFICE_2016
-    OwnedString pwszUnInstallProgram;
-    OwnedString pwszIconProgram;
-    OwnedString pwszRealInstallLoc;
-    OwnedString pwszOriginalInstallLoc;  // as first read, before any correction
+    // What reconciliation looks at stands in front: it walks a hundred thousand applications many times.
     std::uint32_t dwTag = 0;
-    std::unique_ptr<std::byte[]> pIconData;
-    std::uint32_t dwIconDataSize = 0;  // bytes at pIconData
-    OwnedString pwszMsiPath;           // the cached package, a ".msi" or a ".msp"
-    std::vector<std::unique_ptr<CWFYFile>> Files;
-    CStringSet FilePaths;          // what the gather has added so far
-    CStringSet Directories;        // each ends in a backslash
-    CStringSet SystemDirectories;  // special folders of the system; in no record
-    std::vector<RefPtr<IApp>> SubApps;
-    std::set<Guid> RelatedCodes;
-    OwnedString pwszInstallDate;
+    std::uint64_t qwFlags = 0;                  // AppFlags
     std::uint32_t dwOrigins = 0;                // AppOrigin
     LinkReason eLinkReason = LinkReason::None;  // why it hangs below another application
     bool bLocationNarrowed = false;             // pwszInstallLoc was narrowed to a folder of its own; happens once
-    // Point into Files.
-    CWFYFile* pConfigFile = nullptr;
-    CWFYFile* pIndexFile = nullptr;
+    Guid ProductCode;
+    OwnedString pwszKeyString;  // names the Uninstall key, the rule files and the files of the config store
+    OwnedString pwszName;
+    OwnedString pwszInstallLoc;
+    OwnedString pwszMsiPath;  // the cached package, a ".msi" or a ".msp"
+    std::vector<RefPtr<IApp>> SubApps;
+    FlatSet<Guid> RelatedCodes;
+    OwnedString pwszInstallSource;
+    OwnedString pwszParentDisplayName;
+    OwnedString pwszParentKeyName;
+    OwnedString pwszVersion;
+    OwnedString pwszPublisher;
+    OwnedString pwszUnInstallProgram;
+    OwnedString pwszType;     // suite family: OFFICE, VISIO, PROJECT, COMPONENTS
+    OwnedString pwszTypeDes;  // suite family and version, such as OFFICE_2016
+    OwnedString pwszIconProgram;
+    OwnedString pwszRealInstallLoc;
+    OwnedString pwszOriginalInstallLoc;  // as first read, before any correction
+    OwnedString pwszInstallDate;
+    std::int64_t llGatheredSize = 0;   // bytes
+    std::int64_t llEstimatedSize = 0;  // bytes
+    std::unique_ptr<std::byte[]> pIconData;
+    std::uint32_t dwIconDataSize = 0;  // bytes at pIconData
 
   private:
     class RecordLoader;
@@ -115,11 +114,8 @@ class CApp : public CKvObject<IApp> {
     ResultCode AddDirectory(std::u16string_view path);
     ResultCode AddGatheredFile(const OwnedString& path, std::uint64_t size, std::uint32_t type);
     void AppendFile(std::unique_ptr<CWFYFile> file);
-    // Notes a file of the config store; true when it is one.
-    bool KeepStoreFile(CWFYFile& file) noexcept;
 
-    // The path that AddFile counted last: walks come sorted, so the next one mostly stands right behind it.
-    CStringSet::iterator m_lastCounted = FilePaths.end();
+    std::unique_ptr<GatheredItems> m_gathered;
     CApp* m_nextDying = nullptr;
 };
 

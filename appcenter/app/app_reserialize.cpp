@@ -83,8 +83,9 @@ class CApp::RecordLoader {
                 file->dwFlags |= FileFlags::kStaysOnDisk;
                 m_temporary.push_back(file.get());
             }
-            app.Files.push_back(std::move(file));
-            app.KeepStoreFile(*app.Files.back());
+            GatheredItems& gathered = app.MakeGathered();
+            gathered.Files.push_back(std::move(file));
+            gathered.KeepStoreFile(*gathered.Files.back());
         }
         return kSuccess;
     }
@@ -95,7 +96,7 @@ class CApp::RecordLoader {
         for (; count > 0; --count) {
             OwnedString directory;
             if (auto rc = reader.ReadText(directory, true); Failed(rc)) return Pass(rc);
-            if (!app.Directories.Add(directory)) return Fail(SmallCode::ObjectAllocation);
+            if (!app.MakeGathered().Directories.Add(directory)) return Fail(SmallCode::ObjectAllocation);
         }
         return kSuccess;
     }

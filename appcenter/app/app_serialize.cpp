@@ -15,10 +15,11 @@ namespace {
 // The count is that of the list even when a file without a path writes nothing: such a file is never added.
 template <class Sink>
 void PutFilesAndDirectories(Sink& sink, const CApp& app) {
-    sink.Put(static_cast<std::uint32_t>(app.Files.size()));
-    for (const auto& file : app.Files) PutFile(sink, *file);
-    sink.Put(static_cast<std::uint32_t>(app.Directories.size()));
-    for (const OwnedString& directory : app.Directories) sink.PutText(directory);
+    const GatheredItems& gathered = app.Gathered();
+    sink.Put(static_cast<std::uint32_t>(gathered.Files.size()));
+    for (const auto& file : gathered.Files) PutFile(sink, *file);
+    sink.Put(static_cast<std::uint32_t>(gathered.Directories.size()));
+    for (const OwnedString& directory : gathered.Directories) sink.PutText(directory);
 }
 
 template <class Sink>

@@ -22,7 +22,7 @@ namespace {
 
 // The cached package does not count: it lies there for every product of the installer.
 bool HasFiles(const CApp& app) {
-    return std::any_of(app.Files.begin(), app.Files.end(),
+    return std::any_of(app.Gathered().Files.begin(), app.Gathered().Files.end(),
                        [](const std::unique_ptr<CWFYFile>& file) { return file->dwType != FileType::kPackage; });
 }
 
@@ -51,7 +51,7 @@ class Analysis {
         if (deep) WalkCommonFolders(gather);
         if (&m_app == &m_root && !HasFiles(m_root)) return Fail(SmallCode::GeneralFailure);
         gather.RunGather(deep ? RegGatherScan::kAll : RegGatherScan::kDataFolders);
-        if (auto rc = WriteShortcutRecord(m_app.Files, m_store); Failed(rc)) return Pass(rc);
+        if (auto rc = WriteShortcutRecord(m_app.Gathered().Files, m_store); Failed(rc)) return Pass(rc);
         WalkRegistryPaths(gather, m_rules, m_sink, m_filter);
         AddComponentItems(m_app.pwszInstallLoc, m_rules);
         WriteRegistryRecord(m_rules, gather, m_store, m_filter);
@@ -97,7 +97,7 @@ class Analysis {
     }
 
     void WalkProgramFolder(const OwnedString& program) {
-        if (program.IsEmpty() || m_root.FilePaths.Contains(program)) return;
+        if (program.IsEmpty() || m_root.Gathered().FilePaths.Contains(program)) return;
         const std::size_t slash = program.View().rfind(u'\\');
         if (slash == std::u16string_view::npos) return;
         WalkLocation(OwnedString(program.View().substr(0, slash)), m_rules, m_sink, m_filter);

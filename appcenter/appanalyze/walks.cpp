@@ -86,12 +86,12 @@ ResultCode AddRuleDirectories(const CAppRuleSet& ruleSet, CApp* root) {
         if (!PathExists(folder.Text())) continue;
         std::u16string path(folder.View());
         if (path.back() != u'\\') path += u'\\';
-        root->Directories.Add(path);
+        root->MakeGathered().Directories.Add(path);
     }
     for (const OwnedString& file : ruleSet.IncludedFiles) {
         if (file.IsEmpty()) break;
         if (!PathExists(file.Text())) continue;
-        root->Directories.Add(file.View().substr(0, file.View().rfind(u'\\') + 1));
+        root->MakeGathered().Directories.Add(file.View().substr(0, file.View().rfind(u'\\') + 1));
     }
     return kSuccess;
 }

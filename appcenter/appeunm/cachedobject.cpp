@@ -21,7 +21,7 @@ void DisownFiles(IApp& restored) {
         next->GetSubApps(waiting);
         auto* const app = dynamic_cast<CApp*>(next);
         if (app == nullptr) continue;
-        for (const auto& file : app->Files) {
+        for (const auto& file : app->Gathered().Files) {
             if (file->IsTemporary()) file->dwFlags |= FileFlags::kStaysOnDisk;
         }
     }

@@ -31,7 +31,7 @@ void CAppPathCache::Scan(KeyHandle root, bool view64) {
 }
 
 void CAppPathCache::FindAppPaths(const CApp& app, RegGatherResults& results) const {
-    ForEachInBoth(app.FilePaths, m_files, [&](std::uint32_t file) { results.AppPathNames.Add(m_files[file]); });
+    ForEachInBoth(app.Gathered().FilePaths, m_files, [&](std::uint32_t file) { results.AppPathNames.Add(m_files[file]); });
 }
 
 }  // namespace roundup

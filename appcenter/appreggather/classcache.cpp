@@ -90,7 +90,7 @@ void CClassCache::ScanHandlers(SubKeyReader& reader, const OwnedString& name, bo
 void CClassCache::FindClassItems(const CApp& app, RegGatherResults& results) const {
     const auto addClass = [&](std::u16string_view name) { results.ClassNames.Add(name); };
     const auto addExtension = [&](std::u16string_view name) { results.ExtensionNames.Add(name); };
-    m_classesByCommand.ForEachOf(app.FilePaths, addClass);
+    m_classesByCommand.ForEachOf(app.Gathered().FilePaths, addClass);
     m_classesById.ForEachOf(results.ClassIds, addClass);
     m_extensionsByProgId.ForEachOf(results.ClassNames, addExtension);
     m_extensionsByHandler.ForEachOf(results.ClassIds, addExtension);

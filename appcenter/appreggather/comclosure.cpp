@@ -107,7 +107,7 @@ void CComCache::Closure::Run(RegGatherResults& results) {
 
 void CComCache::FindComItems(const CApp& app, RegGatherResults& results) const {
     std::vector<std::uint32_t> hits;
-    ForEachInBoth(app.FilePaths, m_paths, [&](std::uint32_t path) { hits.push_back(path); });
+    ForEachInBoth(app.Gathered().FilePaths, m_paths, [&](std::uint32_t path) { hits.push_back(path); });
     if (hits.empty()) return;
     Closure closure(*this);
     for (const std::uint32_t path : hits) closure.ReachPath(path);

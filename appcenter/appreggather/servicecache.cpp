@@ -33,7 +33,7 @@ void CServiceCache::Scan() {
 }
 
 void CServiceCache::FindServices(const CApp& app, RegGatherResults& results, bool bWithDrivers) const {
-    ForEachInBoth(app.FilePaths, m_files, [&](std::uint32_t file) {
+    ForEachInBoth(app.Gathered().FilePaths, m_files, [&](std::uint32_t file) {
         m_links.ForEach(m_files[file], [&](std::uint32_t number) {
             const Service& service = m_services[number];
             if (bWithDrivers || !service.isDriver) results.ServiceNames.Add(service.name);

@@ -42,17 +42,18 @@ std::unique_ptr<CWFYFile> MakeFile(const OwnedString& path, std::uint64_t size, 
 
 void CApp::AppendFile(std::unique_ptr<CWFYFile> file) {
     llGatheredSize += file->llSize;
-    Files.push_back(std::move(file));
+    MakeGathered().Files.push_back(std::move(file));
 }
 
 // The special folders of the system never belong to an application alone.
 ResultCode CApp::AddDirectory(std::u16string_view path) {
-    if (Directories.Contains(path)) return kSuccess;
+    GatheredItems& gathered = MakeGathered();
+    if (gathered.Directories.Contains(path)) return kSuccess;
     OwnedString directory;
     const bool ends = path.back() == u'\\' || path.back() == u'/' || path.size() >= kPathLimit - 1;
     const bool made = ends ? directory.Assign(path) : AssignConcat(directory, path, u"\\");
     if (!made) return Fail(SmallCode::ObjectAllocation);
-    (IsSpecialFolder(directory) ? SystemDirectories : Directories).insert(std::move(directory));
+    (IsSpecialFolder(directory) ? gathered.SystemDirectories : gathered.Directories).insert(std::move(directory));
     return kSuccess;
 }
 
@@ -65,12 +66,14 @@ ResultCode CApp::AddFile(const char16_t* path, std::uint64_t size, std::uint32_t
 
     OwnedString counted(longPath);
     if (counted.IsNull()) return Fail(SmallCode::ObjectAllocation);
-    const std::size_t before = FilePaths.size();
-    const auto behind = m_lastCounted != FilePaths.end() ? std::next(m_lastCounted) : m_lastCounted;
-    m_lastCounted = FilePaths.insert(behind, std::move(counted));
-    if (FilePaths.size() == before) return kSuccess;
+    GatheredItems& gathered = MakeGathered();
+    CStringSet& paths = gathered.FilePaths;
+    const std::size_t before = paths.size();
+    const auto behind = gathered.lastCounted != paths.end() ? std::next(gathered.lastCounted) : gathered.lastCounted;
+    gathered.lastCounted = paths.insert(behind, std::move(counted));
+    if (paths.size() == before) return kSuccess;
     // Zero-terminated, also where the path stands in no buffer of ours.
-    return AddGatheredFile(*m_lastCounted, size, type);
+    return AddGatheredFile(*gathered.lastCounted, size, type);
 }
 
 ResultCode CApp::AddIncludedFile(const OwnedString& path) {

@@ -82,17 +82,17 @@ class AppRecordTest : public MachineTest {
         app->pIconData = std::make_unique<std::byte[]>(3);
         app->dwIconDataSize = 3;
         std::memcpy(app->pIconData.get(), "\xAA\xBB\xCC", 3);
-        app->Files.push_back(File(u"C:\\a", 5, FileType::kOrdinary, FileFlags::k64BitImage));
-        app->Files[0]->pwszShortPath = OwnedString(u"");  // of a file, empty and null are stored alike
-        app->Files.push_back(File(u"C:\\b", 6, FileType::kConfig, FileFlags::kStaysOnDisk));
-        app->Files[1]->pwszShortPath = OwnedString(u"s");
-        app->Files[1]->SetAlias(u"a");
-        app->Directories.Add(u"C:\\d");
+        app->MakeGathered().Files.push_back(File(u"C:\\a", 5, FileType::kOrdinary, FileFlags::k64BitImage));
+        app->Gathered().Files[0]->pwszShortPath = OwnedString(u"");  // of a file, empty and null are stored alike
+        app->MakeGathered().Files.push_back(File(u"C:\\b", 6, FileType::kConfig, FileFlags::kStaysOnDisk));
+        app->Gathered().Files[1]->pwszShortPath = OwnedString(u"s");
+        app->Gathered().Files[1]->SetAlias(u"a");
+        app->MakeGathered().Directories.Add(u"C:\\d");
         app->SubApps.push_back(Named(u"P", u"K"));
         app->pwszInstallDate = OwnedString(u"d");
         app->pwszParentKeyName = OwnedString(u"p");
         app->pwszParentDisplayName = OwnedString(u"not stored");
-        app->FilePaths.Add(u"C:\\a");
+        app->MakeGathered().FilePaths.Add(u"C:\\a");
         return app;
     }
     static Bytes Write(const CApp& app) {
@@ -130,9 +130,9 @@ TEST_F(AppRecordTest, Record_ReadsBackWhole) {
     EXPECT_TRUE(app->IsGathered());
     EXPECT_TRUE(app->pwszInstallLoc.IsNull());
     EXPECT_FALSE(app->pwszVersion.IsNull()) << "a lone terminator is an empty text, not a null one";
-    EXPECT_EQ(app->pConfigFile, app->Files[1].get());
-    EXPECT_EQ(app->pIndexFile, nullptr);
-    EXPECT_TRUE(app->FilePaths.empty());
+    EXPECT_EQ(app->Gathered().pConfigFile, app->Gathered().Files[1].get());
+    EXPECT_EQ(app->Gathered().pIndexFile, nullptr);
+    EXPECT_TRUE(app->Gathered().FilePaths.empty());
     EXPECT_TRUE(app->pwszParentDisplayName.IsNull());
 }
 
@@ -175,7 +175,7 @@ TEST_F(AppRecordTest, TemporaryFilesOfARecord_GoOnlyWithAWholeOne) {
     for (const std::u16string_view name : {u"first", u"second"}) {
         source->SubApps.push_back(Named(name, name));
         auto* const sub = dynamic_cast<CApp*>(source->SubApps.back().Get());
-        sub->Files.push_back(File(u"C:\\Temp\\a.cfg", 1, FileType::kConfig, FileFlags::kStaysOnDisk));
+        sub->MakeGathered().Files.push_back(File(u"C:\\Temp\\a.cfg", 1, FileType::kConfig, FileFlags::kStaysOnDisk));
     }
     Bytes bytes = Write(*source);
     // The flags of both files, now without the mark that they stay.

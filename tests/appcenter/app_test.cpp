@@ -49,7 +49,7 @@ TEST_F(AppTest, DeepForest_IsWalkedAndDestroyedWithoutDeepStack) {
     EXPECT_EQ(top->GetSize(), 0U) << "too deep for a record";
     last->pwszMsiPath = OwnedString(u"C:\\a.msi");
     last->pwszKeyString = OwnedString(u"deepest");
-    last->Files.push_back(NewFile(u"C:\\a", FileType::kOrdinary));
+    last->MakeGathered().Files.push_back(NewFile(u"C:\\a", FileType::kOrdinary));
     AppRecordEx record{};
     CopyBounded(record.wzKeyString, u"DEEPEST", kRecordTextSize);
     EXPECT_TRUE(top->IsSameOrHolds(record));
@@ -63,10 +63,10 @@ TEST_F(AppTest, DeepForest_IsWalkedAndDestroyedWithoutDeepStack) {
 
 TEST_F(AppTest, Drives_AreThoseOfBothSetsWithoutUncPaths) {
     RefPtr<CApp> app = NewApp();
-    app->Directories.Add(u"C:\\Tool\\");
-    app->Directories.Add(u"c:\\Other\\");
-    app->Directories.Add(u"\\\\server\\share\\");
-    app->SystemDirectories.Add(u"D:\\Windows\\");
+    app->MakeGathered().Directories.Add(u"C:\\Tool\\");
+    app->MakeGathered().Directories.Add(u"c:\\Other\\");
+    app->MakeGathered().Directories.Add(u"\\\\server\\share\\");
+    app->MakeGathered().SystemDirectories.Add(u"D:\\Windows\\");
     CStringSet drives;
     app->GetDrives(drives);
     EXPECT_EQ(drives.size(), 2U);
@@ -81,18 +81,18 @@ TEST_F(AppTest, Drives_AreThoseOfBothSetsWithoutUncPaths) {
 TEST_F(AppTest, FilesAndDirectories_LeaveTheStoreFilesOut) {
     Start();
     RefPtr<CApp> app = NewApp();
-    app->Files.push_back(NewFile(u"C:\\a.cfg", FileType::kConfig, FileFlags::kStaysOnDisk));
-    app->Files.push_back(NewFile(u"C:\\a.exe", FileType::kOrdinary));
-    app->Files.push_back(NewFile(u"C:\\a.idx", FileType::kIndex, FileFlags::kStaysOnDisk));
-    app->Directories.Add(u"C:\\Tool\\");
+    app->MakeGathered().Files.push_back(NewFile(u"C:\\a.cfg", FileType::kConfig, FileFlags::kStaysOnDisk));
+    app->MakeGathered().Files.push_back(NewFile(u"C:\\a.exe", FileType::kOrdinary));
+    app->MakeGathered().Files.push_back(NewFile(u"C:\\a.idx", FileType::kIndex, FileFlags::kStaysOnDisk));
+    app->MakeGathered().Directories.Add(u"C:\\Tool\\");
     std::vector<IWFYFile*> files{nullptr};
     CStringVec directories;
     directories.Add(u"kept");
     app->GetFilesAndDirectories(files, directories);
     ASSERT_EQ(files.size(), 1U);
-    EXPECT_EQ(files[0], app->Files[1].get());
-    EXPECT_EQ(app->pConfigFile, app->Files[0].get());
-    EXPECT_EQ(app->pIndexFile, app->Files[2].get());
+    EXPECT_EQ(files[0], app->Gathered().Files[1].get());
+    EXPECT_EQ(app->Gathered().pConfigFile, app->Gathered().Files[0].get());
+    EXPECT_EQ(app->Gathered().pIndexFile, app->Gathered().Files[2].get());
     EXPECT_EQ(directories.size(), 2U);
 }
 

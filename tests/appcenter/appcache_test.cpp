@@ -81,13 +81,13 @@ TEST_F(CacheTest, RestoredApplication_LeavesTheFilesOfItsRecordOnDisk) {
             file->pwszPath = OwnedString(FormatText(u"C:\\precious\\%s%u", app->pwszName, type));
             builder.File(file->pwszPath, "x");
             file->dwType = type;
-            app->Files.push_back(std::move(file));
+            app->MakeGathered().Files.push_back(std::move(file));
         }
     }
     top->SubApps.emplace_back(RefPtr<CApp>(below));
     CacheFile(u"1_E", Stored(*top));
     for (const auto& app : {top, below}) {
-        for (const auto& file : app->Files) file->dwFlags = FileFlags::kStaysOnDisk;
+        for (const auto& file : app->Gathered().Files) file->dwFlags = FileFlags::kStaysOnDisk;
     }
     Start();
     EXPECT_EQ(LoadCached(), Texts{"top"});

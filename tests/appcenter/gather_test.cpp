@@ -35,7 +35,7 @@ RefPtr<CApp> MakeApp(std::u16string_view key, std::u16string_view location) {
 // "size type flags path", sorted.
 std::vector<std::string> FilesOf(const CApp& app) {
     std::vector<std::string> lines;
-    for (const auto& file : app.Files) {
+    for (const auto& file : app.Gathered().Files) {
         if (file->dwType < FileType::kOrdinary) continue;
         lines.push_back(std::to_string(file->llSize) + " " + std::to_string(file->dwType) + " " +
                         std::to_string(file->dwFlags) + " " + ToUtf8(file->pwszPath));
@@ -53,7 +53,7 @@ std::string DirectoriesOf(const CStringSet& directories) {
 // The types and sizes of the index, which must lead through the whole ".cfg" file.
 std::string StoreOf(const CApp& app) {
     std::vector<std::byte> index, data;
-    for (const auto& file : app.Files) {
+    for (const auto& file : app.Gathered().Files) {
         if (file->dwType >= FileType::kOrdinary) continue;
         auto& bytes = file->dwType == FileType::kIndex ? index : data;
         EXPECT_TRUE(ReadWholeFile(file->pwszPath.Text(), 1 << 20, bytes));
@@ -108,7 +108,7 @@ TEST_F(GatherTest, Tree_FeedsItsRootAndKeepsItsStores) {
                                  "0 3 0 C:\\Gone\\fix.MSP", "4 2 0 C:\\Apps\\Quixo\\part\\part.txt",
                                  "512 2 0 C:\\One\\alone.exe", "512 2 1 C:\\Apps\\Quixo\\quixo.exe",
                                  "512 2 8 C:\\Apps\\Quixo\\deep\\er\\old.dll", "6 2 0 C:\\Apps\\Extra\\extra.bin"}));
-    EXPECT_EQ(DirectoriesOf(app->Directories),
+    EXPECT_EQ(DirectoriesOf(app->Gathered().Directories),
               "C:\\Apps\\Extra\\;C:\\Apps\\Quixo\\;C:\\Apps\\Quixo\\part\\;C:\\One\\;");
     EXPECT_EQ(app->qwFlags & (AppFlags::k64Bit | AppFlags::k32BitImages), AppFlags::k64Bit);
     EXPECT_GE(app->llGatheredSize, 1546);
@@ -122,7 +122,7 @@ TEST_F(GatherTest, Tree_FeedsItsRootAndKeepsItsStores) {
     const std::int64_t size = app->llGatheredSize;
     ASSERT_TRUE(Succeeded(app->Gather(nullptr, nullptr)));
     EXPECT_EQ(app->llGatheredSize, size);
-    const std::u16string pair(app->Files.back()->pwszPath.View());
+    const std::u16string pair(app->Gathered().Files.back()->pwszPath.View());
     EXPECT_NE(CurrentMachine().Files().GetAttributes(pair.c_str()), kInvalidAttributes);
     app->UnGather();
     EXPECT_EQ(CurrentMachine().Files().GetAttributes(pair.c_str()), kInvalidAttributes);
@@ -160,7 +160,7 @@ TEST_F(GatherTest, WhatCannotBeGathered_EndsWithItsCodeAndLeavesNoFile) {
         const ResultCode rc = app->Gather(nullptr, nullptr);
         EXPECT_TRUE(Failed(rc));
         EXPECT_EQ(Small(rc), one.code) << ToUtf8(one.key);
-        EXPECT_TRUE(app->Files.empty());
+        EXPECT_TRUE(app->Gathered().Files.empty());
     }
 }
 
@@ -174,12 +174,12 @@ TEST_F(GatherTest, PathsOfTheSink_CountOnceAndHaveALimit) {
     EXPECT_EQ(Small(app.AddFile(u"", 1, 2)), SmallCode::BadArgument);
     EXPECT_TRUE(Succeeded(app.AddFile(u"X:\\gone.txt", 5, 2)));
     EXPECT_TRUE(Succeeded(app.AddFile(u"x:\\GONE.TXT", 5, 2)));
-    EXPECT_EQ(app.Files.size(), 2U);
+    EXPECT_EQ(app.Gathered().Files.size(), 2U);
     EXPECT_EQ(app.llGatheredSize, 6);
     for (const char16_t* folder : {u"X:\\Tool", u"X:\\Tool\\", u"C:\\Windows"}) {
         EXPECT_TRUE(Succeeded(app.AddFile(folder, 0, FileType::kDirectory)));
     }
-    EXPECT_EQ(DirectoriesOf(app.Directories) + DirectoriesOf(app.SystemDirectories), "X:\\Tool\\;C:\\Windows\\;");
+    EXPECT_EQ(DirectoriesOf(app.Gathered().Directories) + DirectoriesOf(app.Gathered().SystemDirectories), "X:\\Tool\\;C:\\Windows\\;");
 }
 
 TEST_F(GatherTest, RepeatFilter_TellsItemsApartByWhatItIsToldToAndNoMore) {
@@ -211,7 +211,7 @@ TEST_F(GatherTest, EveryOperationFailingInTurn_FindsNoMoreThanThereIs) {
             machine.FailOperation(area, n, kErrorAccessDenied);
             Start(std::move(owned));
             RefPtr<CApp> app = Tree();
-            EXPECT_EQ(Succeeded(app->Gather(nullptr, nullptr)) && app->Files.empty(), false);
+            EXPECT_EQ(Succeeded(app->Gather(nullptr, nullptr)) && app->Gathered().Files.empty(), false);
             for (const std::string& line : FilesOf(*app)) {
                 const std::string path = line.substr(line.find('\\') - 2);
                 EXPECT_TRUE(std::ranges::any_of(all, [&](const auto& one) { return one.ends_with(path); })) << line;

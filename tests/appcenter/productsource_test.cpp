@@ -125,7 +125,7 @@ TEST_F(ProductSourceTest, Patches_HaveTheirNameFromTheProductAndTheirPackageFrom
     builder.MultiText(Branch(kMachine, u"Patches\\" + Packed(kPatch)), u"LocalPackage",
                       {u"C:\\Windows\\Installer\\p.msp", u"more"});
     EXPECT_EQ(Read(), (Texts{" 1 ", "Patch 3 "}));
-    EXPECT_EQ(At(0).RelatedCodes.count(ParseGuid(kPatch, GuidForm::Braced)), 1U);
+    EXPECT_TRUE(At(0).RelatedCodes.contains(ParseGuid(kPatch, GuidForm::Braced)));
     EXPECT_EQ(At(1).pwszMsiPath.View(), u"C:\\Windows\\Installer\\p.msp");
 }
 

@@ -39,7 +39,7 @@ class ScansTest : public MachineTest {
     template <class Query>
     RegGatherResults Ask(std::initializer_list<std::u16string_view> files, Query query) {
         CApp app;
-        for (const std::u16string_view file : files) app.FilePaths.Add(file);
+        for (const std::u16string_view file : files) app.MakeGathered().FilePaths.Add(file);
         RegGatherResults results;
         query(app, results);
         return results;

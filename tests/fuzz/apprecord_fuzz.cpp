@@ -20,7 +20,7 @@ struct Fixture {
 
 // Descends no deeper than the reader did.
 bool HasFileWithoutPath(const CApp& app) {
-    for (const auto& file : app.Files) {
+    for (const auto& file : app.Gathered().Files) {
         if (file->pwszPath.IsEmpty()) return true;
     }
     for (const auto& sub : app.SubApps) {
