@@ -109,7 +109,8 @@ void Walk(benchmark::State& state) {
         walk = std::min(walk, Seconds([&] { WalkLocation(top, rules, {AddGathered, &app}, nullptr); }));
         gathered = app.Gathered().Files.size();
         std::size_t texts = 0;
-        for (const auto& file : app.Gathered().Files) texts += (file->pwszPath.Length() * 2 + file->pwszShortPath.Length()) * 2;
+        for (const auto& file : app.Gathered().Files)
+            texts += (file->pwszPath.Length() * 2 + file->pwszShortPath.Length()) * 2;
         const std::size_t before = BytesInUse();
         app.UnGather();
         bytes = (static_cast<double>(before - BytesInUse()) - static_cast<double>(texts)) /

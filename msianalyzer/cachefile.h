@@ -9,10 +9,10 @@
 #include <string_view>
 #include <vector>
 
-#include "msianalyzer/textarena.h"
 #include "utility/byteview.h"
 #include "utility/locks.h"
 #include "utility/result.h"
+#include "utility/textarena.h"
 
 namespace roundup {
 

@@ -6,9 +6,9 @@
 #include <unordered_set>
 #include <vector>
 
-#include "msianalyzer/textarena.h"
 #include "utility/locks.h"
 #include "utility/result.h"
+#include "utility/textarena.h"
 
 namespace roundup {
 

@@ -6,9 +6,9 @@
 #include <memory>
 #include <string_view>
 
-#include "msianalyzer/textarena.h"
 #include "platform/installer.h"
 #include "utility/result.h"
+#include "utility/textarena.h"
 
 namespace roundup {
 

@@ -12,9 +12,9 @@
 #include "msianalyzer/msimisc.h"
 #include "msianalyzer/rowarena.h"
 #include "msianalyzer/rowindex.h"
-#include "msianalyzer/textarena.h"
 #include "platform/installer.h"
 #include "utility/result.h"
+#include "utility/textarena.h"
 
 namespace roundup {
 

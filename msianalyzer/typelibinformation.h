@@ -9,9 +9,9 @@
 #include <utility>
 #include <vector>
 
-#include "msianalyzer/textarena.h"
 #include "utility/locks.h"
 #include "utility/result.h"
+#include "utility/textarena.h"
 
 namespace roundup {
 

@@ -116,13 +116,21 @@ ResultCode CWFYRegKey::OpenOrCreate(KeyHandle parent, const char16_t* subKey, bo
     return kSuccess;
 }
 
-ResultCode CWFYRegKey::EnumKey(OwnedString& name) {
+ResultCode CWFYRegKey::EnumKeyView(std::u16string_view& name) {
+    name = {};
     if (m_keyIndex >= m_keyCount) return FailQuiet(SmallCode::NoMoreItems);
     auto* text = reinterpret_cast<char16_t*>(m_buffer);
     std::uint32_t length = m_bufferSize / 2;
     const Win32Error error = Registry().EnumKey(m_key, m_keyIndex++, text, length);
     if (error != kErrorSuccess) return FailRead(error);
-    if (!AssignString(name, UpToZero({text, length}))) return Fail(SmallCode::ObjectAllocation);
+    name = UpToZero({text, length});
+    return kSuccess;
+}
+
+ResultCode CWFYRegKey::EnumKey(OwnedString& name) {
+    std::u16string_view text;
+    if (auto rc = EnumKeyView(text); Failed(rc)) return PassQuiet(rc);
+    if (!AssignString(name, text)) return Fail(SmallCode::ObjectAllocation);
     return kSuccess;
 }
 
@@ -161,17 +169,29 @@ ResultCode CWFYRegKey::GetDword(const char16_t* name, std::uint32_t& value) {
     return kSuccess;
 }
 
-ResultCode CWFYRegKey::GetString(const char16_t* name, OwnedString& text, std::size_t* count) {
+ResultCode CWFYRegKey::ReadText(const char16_t* name, std::u16string_view& text, std::uint32_t& size) {
     if (m_buffer == nullptr) return Fail(SmallCode::GeneralFailure);
     std::uint32_t type = kRegNone;
-    std::uint32_t size = m_bufferSize;
+    size = m_bufferSize;
     const Win32Error error = Registry().QueryValue(m_key, name, type, m_buffer, size);
     if (error != kErrorSuccess) return FailWin32Quiet(error);
     EndText(size);
     const auto* characters = reinterpret_cast<const char16_t*>(m_buffer);
     // An odd byte at the end is the lower half of a character in a text, and dropped from a list.
-    const std::u16string_view content =
-        type == kRegMultiSz ? std::u16string_view(characters, size / 2) : UpToZero({characters, (size + 1) / 2});
+    text = type == kRegMultiSz ? std::u16string_view(characters, size / 2) : UpToZero({characters, (size + 1) / 2});
+    return kSuccess;
+}
+
+ResultCode CWFYRegKey::GetStringView(const char16_t* name, std::u16string_view& text) {
+    std::uint32_t size = 0;
+    text = {};
+    return ReadText(name, text, size);
+}
+
+ResultCode CWFYRegKey::GetString(const char16_t* name, OwnedString& text, std::size_t* count) {
+    std::u16string_view content;
+    std::uint32_t size = 0;
+    if (auto rc = ReadText(name, content, size); Failed(rc)) return PassQuiet(rc);
     if (!AssignString(text, content)) return Fail(SmallCode::ObjectAllocation);
     if (count != nullptr) *count = size / 2;
     return kSuccess;

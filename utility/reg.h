@@ -108,6 +108,9 @@ class CWFYRegKey final : public CKvObject<IRegIO> {
     KeyHandle GetKeyHandle() const noexcept { return m_key; }
     // The subkeys that there were when the key was opened: as many as EnumKey goes through at most.
     std::uint32_t KeyCount() const noexcept { return m_keyCount; }
+    // As EnumKey and GetString, without a copy: the text lies in the key, zero-terminated, until its next read.
+    ResultCode EnumKeyView(std::u16string_view& name);
+    ResultCode GetStringView(const char16_t* name, std::u16string_view& text);
     // The value with its type; failures as GetString. block keeps what it held on failure of the read.
     ResultCode QueryValue(const char16_t* name, RegValueBlock& block);
     // The next value, as EnumValue, without copies; for those that read all values of a key once. A value that cannot
@@ -124,6 +127,7 @@ class CWFYRegKey final : public CKvObject<IRegIO> {
     bool SizeBuffer(const KeyInfo& info) noexcept;
     void EndText(std::uint32_t size) noexcept;
     std::span<const std::byte> Bytes(std::uint32_t size) const noexcept { return {m_buffer, size}; }
+    ResultCode ReadText(const char16_t* name, std::u16string_view& text, std::uint32_t& size);
 
     std::uint32_t m_keyIndex = 0;
     std::uint32_t m_keyCount = 0;

@@ -84,7 +84,8 @@ const char16_t* CApp::GetDirectory(std::uint32_t index) const {
 
 bool CApp::IsGathered() const {
     return AnyInForest(
-        *this, [](const CApp& app) { return !app.Gathered().Files.empty(); }, [](const IApp& app) { return app.IsGathered(); });
+        *this, [](const CApp& app) { return !app.Gathered().Files.empty(); },
+        [](const IApp& app) { return app.IsGathered(); });
 }
 
 void CApp::UnGather() {

@@ -1,7 +1,5 @@
 #include "appcenter/appreggather/apppathcache.h"
 
-#include <utility>
-
 #include "appcenter/app/app.h"
 #include "appcenter/appreggather/reggatherresults.h"
 #include "appcenter/appreggather/scankeys.h"
@@ -19,19 +17,21 @@ void CAppPathCache::Scan(KeyHandle root, bool view64) {
     constexpr const char16_t* kAppPaths = u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\App Paths";
     if (Failed(key.Open(root, kAppPaths, view64, false))) return;
     SubKeyReader reader(key, view64);
-    ForEachSubKey(key, [&](OwnedString& name) {
-        OwnedString file;
-        (void)reader.Read(name, {}, file);
+    ForEachSubKey(key, [&](std::u16string_view name) {
+        std::u16string_view value;
+        (void)reader.Read(name, {}, value);
+        OwnedString file(value);
         if (!file.IsEmpty()) ExpandPath(file);
         if (file.IsEmpty()) return true;
-        const auto [number, isNew] = m_files.Add(std::move(file));
-        if (isNew) m_files[number] = std::move(name);
+        const auto [number, isNew] = m_files.Add(file);
+        if (isNew) m_files[number] = OwnedString(name);
         return true;
     });
 }
 
 void CAppPathCache::FindAppPaths(const CApp& app, RegGatherResults& results) const {
-    ForEachInBoth(app.Gathered().FilePaths, m_files, [&](std::uint32_t file) { results.AppPathNames.Add(m_files[file]); });
+    ForEachInBoth(app.Gathered().FilePaths, m_files,
+                  [&](std::uint32_t file) { results.AppPathNames.Add(m_files[file]); });
 }
 
 }  // namespace roundup

@@ -127,10 +127,10 @@ void CAppRegGather::AddDependencyKey(const OwnedString& name) {
     CWFYRegKey key;
     if (Failed(key.Open(kHkeyLocalMachine, kDependencies, view64, false))) return;
     SubKeyReader reader(key, view64);
-    OwnedString displayName;
-    ForEachSubKey(key, [&](const OwnedString& subKey) {
+    std::u16string_view displayName;
+    ForEachSubKey(key, [&](std::u16string_view subKey) {
         (void)reader.Read(subKey, {}, displayName, u"DisplayName");
-        if (displayName.IsEmpty()) return false;
+        if (displayName.empty()) return false;
         if (!EqualsNoCase(displayName, name)) return true;
         AddItem(RuleRoot::kLocalMachine, u"SOFTWARE\\Classes\\Installer\\Dependencies\\", subKey);
         return false;

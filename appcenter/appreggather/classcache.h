@@ -1,7 +1,10 @@
 // The file classes and extensions of the machine, by the programs and COM classes that serve them.
 #pragma once
 
+#include <string_view>
+
 #include "appcenter/appreggather/multimap.h"
+#include "appcenter/appreggather/textindex.h"
 #include "platform/registry.h"
 
 namespace roundup {
@@ -23,12 +26,16 @@ class CClassCache {
     void FindClassItems(const CApp& app, RegGatherResults& results) const;
 
   private:
+    struct Pairs;
+    struct Hive;
+
     void ScanClasses(KeyHandle root, bool view64);
-    void ScanExtension(SubKeyReader& reader, const OwnedString& name);
-    void ScanClass(SubKeyReader& reader, const OwnedString& name);
-    void ScanHandlers(SubKeyReader& reader, const OwnedString& name, bool view64);
-    // Enters the name among those that no later hive is read for, and the pair in the map.
-    void Enter(CMultiMap& map, OwnedString key, std::u16string_view name);
+    static void ScanName(SubKeyReader& reader, std::u16string_view name, bool view64, Hive& hive);
+    static void ScanExtension(SubKeyReader& reader, std::u16string_view name, Hive& hive);
+    static void ScanClass(SubKeyReader& reader, std::u16string_view name, Hive& hive);
+    static void ScanHandlers(SubKeyReader& reader, std::u16string_view name, bool view64, Hive& hive);
+    // Enters the names among those that no later hive is read for, and the pairs in the map.
+    void Enter(CMultiMap& map, Pairs& pairs);
 
     CMultiMap m_classesByCommand;
     CMultiMap m_classesById;  // and shell extension handlers

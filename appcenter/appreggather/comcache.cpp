@@ -1,6 +1,5 @@
 #include "appcenter/appreggather/comcache.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "appcenter/appreggather/scankeys.h"
@@ -11,24 +10,77 @@ namespace roundup {
 
 namespace {
 
-// Calls scan(reader, id) for each subkey of the machine's key, and makes room for them. A hive lists a name once: only
-// the second pass can meet one that is there already, which isKnown(id) tells.
-template <class Ids, class Records, class IsKnown, class Scan>
-void ScanKey(const char16_t* path, bool view64, Ids& ids, Records& records, IsKnown isKnown, Scan scan) {
-    CWFYRegKey key;
-    if (Failed(key.Open(kHkeyLocalMachine, path, view64, false))) return;
-    if (!view64) ids.Reserve(key.KeyCount()), records.reserve(key.KeyCount());
-    SubKeyReader reader(key, view64);
-    ForEachSubKey(key, [&](OwnedString& id) {
-        if (!view64 || !isKnown(id)) scan(reader, id);
-        return true;
-    });
+// The keys of one kind in one view. What is read of them is kept until the last one has been read, and then numbered
+// together: one by one, each text would wait for the memory of its index.
+class KeyScan {
+  public:
+    KeyScan(const char16_t* path, bool view64) : m_view64(view64) {
+        (void)m_key.Open(kHkeyLocalMachine, path, view64, false);
+    }
+
+    // Calls use(reader, id) for the keys that the index does not know, or only as one that others name, in the order of
+    // the hive; keeps their ids. hasRecord(number) tells the two kinds of known ids apart.
+    template <class HasRecord, class Use>
+    void ForEachNew(const TextIndex& index, HasRecord hasRecord, TextColumn& ids, Use use) {
+        if (m_key.GetKeyHandle() == 0) return;
+        SubKeyReader reader(m_key, m_view64);
+        ids.Reserve(m_key.KeyCount());
+        ForEachSubKey(m_key, [&](std::u16string_view id) {
+            // A hive lists a name once: only the second view meets one that has been read.
+            const std::uint32_t number = m_view64 ? index.Find(id) : TextIndex::kNone;
+            if (number != TextIndex::kNone && hasRecord(number)) return true;
+            use(reader, id);
+            Keep(id, ids);
+            return true;
+        });
+    }
+    void Keep(std::u16string_view text, TextColumn& column) { column.Add(text.empty() ? text : m_texts.Copy(text)); }
+    // Keeps the default value of the key "below" the id, empty without one; false when that key cannot be opened.
+    bool Read(SubKeyReader& reader, std::u16string_view id, std::u16string_view below, TextColumn& column) {
+        std::u16string_view text;
+        const DefaultRead read = reader.Read(id, below, text);
+        Keep(text, column);
+        return read != DefaultRead::CannotOpen;
+    }
+
+  private:
+    const bool m_view64;
+    CWFYRegKey m_key;
+    TextArena m_texts;
+};
+
+// A record that names another one is read before that one, and may spell its id otherwise.
+template <class Index>
+void NumberIds(Index& index, TextColumn& ids) {
+    const std::size_t before = index.Count();
+    index.Reserve(ids.texts.size());
+    index.AddAll(ids);
+    for (std::size_t i = 0; i < ids.texts.size(); ++i) {
+        if (ids.numbers[i] < before) index.Respell(ids.numbers[i], ids.texts[i]);
+    }
 }
 
-// The default value of the key "first" below the id; only when that key cannot be opened, that of "second".
-void ReadEither(SubKeyReader& reader, const OwnedString& id, std::u16string_view first, OwnedString& text,
-                std::u16string_view second, OwnedString& instead) {
-    if (reader.Read(id, first, text) == DefaultRead::CannotOpen) (void)reader.Read(id, second, instead);
+// Fetches the value of a number that comes soon.
+template <class Table>
+void FetchAhead(const Table& table, const std::vector<std::uint32_t>& numbers, std::size_t at) {
+    constexpr std::size_t kAhead = 8;
+    if (at + kAhead < numbers.size()) table.Fetch(numbers[at + kAhead]);
+}
+
+// The path that stands for a library: of its first version's first locale. Empty without one.
+OwnedString LibraryPath(SubKeyReader& reader, bool view64, std::u16string_view id) {
+    OwnedString version;
+    OwnedString locale;
+    const bool isThere = Succeeded(reader.Open(id, {})) && Succeeded(reader.Key().EnumKey(version)) &&
+                         !version.IsEmpty() &&
+                         Succeeded(reader.Key().Open(reader.Key().GetKeyHandle(), version.Get(), view64, false)) &&
+                         Succeeded(reader.Key().EnumKey(locale)) && !locale.IsEmpty();
+    if (!isThere) return {};
+    SubKeyReader platforms(reader.Key(), view64);
+    std::u16string_view path;
+    (void)platforms.Read(locale, u"win32", path);
+    if (path.empty()) (void)platforms.Read(locale, u"win64", path);
+    return OwnedString(path);
 }
 
 }  // namespace
@@ -43,96 +95,107 @@ CComCache::CComCache() {
     m_rawPaths = {};
 }
 
-std::uint32_t CComCache::PathNumber(OwnedString& text) {
-    if (text.IsEmpty()) return TextIndex::kNone;
-    if (const std::uint32_t known = m_rawPaths.Find(text); known != TextIndex::kNone) return m_rawPaths[known];
-    OwnedString path(text.View());
-    const std::uint32_t raw = m_rawPaths.Add(std::move(text)).first;
-    m_rawPaths[raw] = TextIndex::kNone;
-    ExpandPath(path);
-    return m_rawPaths[raw] = m_paths.AddOrNone(std::move(path));
+void CComCache::NumberPaths(TextColumn& paths) {
+    auto raw = static_cast<std::uint32_t>(m_rawPaths.Count());
+    m_rawPaths.AddAll(paths);
+    for (; raw < m_rawPaths.Count(); ++raw) {
+        m_rawPaths[raw] = TextIndex::kNone;
+        OwnedString path(m_rawPaths.Text(raw));
+        ExpandPath(path);
+        m_rawPaths[raw] = m_paths.AddOrNone(path);
+    }
+    for (std::uint32_t& number : paths.numbers) {
+        if (number != TextIndex::kNone) number = m_rawPaths[number];
+    }
 }
 
 void CComCache::ScanClasses(bool view64) {
-    const auto isKnown = [this](const OwnedString& id) {
-        const std::uint32_t known = m_classIds.Find(id);
-        return known != TextIndex::kNone && m_classIds[known].record != TextIndex::kNone;
-    };
-    ScanKey(u"SOFTWARE\\Classes\\CLSID", view64, m_classIds, m_classes, isKnown,
-            [this](SubKeyReader& reader, OwnedString& id) { ScanClass(reader, id); });
-}
+    KeyScan scan(u"SOFTWARE\\Classes\\CLSID", view64);
+    const auto hasRecord = [this](std::uint32_t id) { return m_classIds[id].record != TextIndex::kNone; };
+    TextColumn ids;
+    TextColumn libraries;
+    TextColumn servers;
+    std::vector<std::u16string_view> progIds;
+    scan.ForEachNew(m_classIds, hasRecord, ids, [&](SubKeyReader& reader, std::u16string_view id) {
+        scan.Read(reader, id, u"TypeLib", libraries);
+        std::u16string_view text;
+        if (reader.Read(id, u"InprocServer32", text) == DefaultRead::CannotOpen) {
+            (void)reader.Read(id, u"LocalServer32", text);
+        }
+        scan.Keep(text, servers);
+        (void)reader.Read(id, u"ProgID", text);
+        progIds.push_back(text.empty() ? text : m_progIds.Copy(text));
+    });
+    NumberIds(m_classIds, ids);
+    m_libraryIds.AddAll(libraries);
+    NumberPaths(servers);
 
-void CComCache::ScanClass(SubKeyReader& reader, OwnedString& id) {
-    OwnedString library;
-    OwnedString server;
-    (void)reader.Read(id, u"TypeLib", library);
-    ReadEither(reader, id, u"InprocServer32", server, u"LocalServer32", server);
-    CCSLIDInfo info;
-    (void)reader.Read(id, u"ProgID", info.progId);
-
-    info.classId = m_classIds.AddSpelled(std::move(id));
-    info.typeLibrary = m_libraryIds.AddOrNone(std::move(library));
-    info.serverPath = PathNumber(server);
-    const auto number = static_cast<std::uint32_t>(m_classes.size());
-    m_classes.push_back(std::move(info));
-    const CCSLIDInfo& added = m_classes.back();
-    m_classIds[added.classId].record = number;
-    if (added.typeLibrary != TextIndex::kNone) m_links.Add(m_libraryIds[added.typeLibrary].classes, number);
-    if (added.serverPath != TextIndex::kNone) m_links.Add(m_paths[added.serverPath].classes, number);
+    m_classes.reserve(m_classes.size() + ids.numbers.size());
+    for (std::size_t i = 0; i < ids.numbers.size(); ++i) {
+        FetchAhead(m_classIds, ids.numbers, i);
+        FetchAhead(m_libraryIds, libraries.numbers, i);
+        FetchAhead(m_paths, servers.numbers, i);
+        const CCSLIDInfo info{ids.numbers[i], libraries.numbers[i], servers.numbers[i], progIds[i]};
+        const auto number = static_cast<std::uint32_t>(m_classes.size());
+        m_classes.push_back(info);
+        m_classIds[info.classId].record = number;
+        if (info.typeLibrary != TextIndex::kNone) m_links.Add(m_libraryIds[info.typeLibrary].classes, number);
+        if (info.serverPath != TextIndex::kNone) m_links.Add(m_paths[info.serverPath].classes, number);
+    }
 }
 
 void CComCache::ScanTypeLibraries(bool view64) {
-    const auto isKnown = [this](const OwnedString& id) {
-        const std::uint32_t known = m_libraryIds.Find(id);
-        return known != TextIndex::kNone && m_libraryIds[known].library != TextIndex::kNone;
-    };
-    ScanKey(u"SOFTWARE\\Classes\\TypeLib", view64, m_libraryIds, m_libraries, isKnown,
-            [&](SubKeyReader& reader, OwnedString& id) { ScanTypeLibrary(reader, view64, id); });
-}
+    KeyScan scan(u"SOFTWARE\\Classes\\TypeLib", view64);
+    const auto hasRecord = [this](std::uint32_t id) { return m_libraryIds[id].library != TextIndex::kNone; };
+    TextColumn ids;
+    TextColumn paths;
+    scan.ForEachNew(m_libraryIds, hasRecord, ids, [&](SubKeyReader& reader, std::u16string_view id) {
+        scan.Keep(LibraryPath(reader, view64, id), paths);
+    });
+    NumberIds(m_libraryIds, ids);
+    NumberPaths(paths);
 
-// The first version and its first locale stand for the library.
-void CComCache::ScanTypeLibrary(SubKeyReader& reader, bool view64, OwnedString& id) {
-    OwnedString version;
-    OwnedString locale;
-    OwnedString path;
-    if (Succeeded(reader.Open(id, {})) && Succeeded(reader.Key().EnumKey(version)) && !version.IsEmpty() &&
-        Succeeded(reader.Key().Open(reader.Key().GetKeyHandle(), version.Get(), view64, false)) &&
-        Succeeded(reader.Key().EnumKey(locale)) && !locale.IsEmpty()) {
-        SubKeyReader platforms(reader.Key(), view64);
-        (void)platforms.Read(locale, u"win32", path);
-        if (path.IsEmpty()) (void)platforms.Read(locale, u"win64", path);
+    for (std::size_t i = 0; i < ids.numbers.size(); ++i) {
+        const auto number = static_cast<std::uint32_t>(m_libraries.size());
+        m_libraries.push_back({ids.numbers[i], paths.numbers[i]});
+        m_libraryIds[ids.numbers[i]].library = number;
+        if (paths.numbers[i] != TextIndex::kNone) m_links.Add(m_paths[paths.numbers[i]].libraries, number);
     }
-    CTypelibInfo info;
-    info.id = m_libraryIds.AddSpelled(std::move(id));
-    info.path = PathNumber(path);
-    const auto number = static_cast<std::uint32_t>(m_libraries.size());
-    m_libraries.push_back(info);
-    m_libraryIds[info.id].library = number;
-    if (info.path != TextIndex::kNone) m_links.Add(m_paths[info.path].libraries, number);
 }
 
 void CComCache::ScanInterfaces(bool view64) {
-    const auto isKnown = [this](const OwnedString& id) { return m_interfaceIds.Find(id) != TextIndex::kNone; };
-    ScanKey(u"SOFTWARE\\Classes\\Interface", view64, m_interfaceIds, m_interfaces, isKnown,
-            [this](SubKeyReader& reader, OwnedString& id) { ScanInterface(reader, id); });
-}
+    KeyScan scan(u"SOFTWARE\\Classes\\Interface", view64);
+    const auto hasRecord = [](std::uint32_t) { return true; };  // nothing else names an interface
+    TextColumn ids;
+    TextColumn libraries;
+    TextColumn proxies;
+    TextColumn proxies32;
+    scan.ForEachNew(m_interfaceIds, hasRecord, ids, [&](SubKeyReader& reader, std::u16string_view id) {
+        scan.Read(reader, id, u"TypeLib", libraries);
+        if (scan.Read(reader, id, u"ProxyStubClsid", proxies)) {
+            scan.Keep({}, proxies32);
+        } else {
+            scan.Read(reader, id, u"ProxyStubClsid32", proxies32);
+        }
+    });
+    m_interfaceIds.Reserve(ids.texts.size());
+    m_interfaceIds.AddAll(ids);
+    m_libraryIds.AddAll(libraries);
+    m_classIds.AddAll(proxies);
+    m_classIds.AddAll(proxies32);
 
-void CComCache::ScanInterface(SubKeyReader& reader, OwnedString& id) {
-    OwnedString library;
-    OwnedString proxy;
-    OwnedString proxy32;
-    (void)reader.Read(id, u"TypeLib", library);
-    ReadEither(reader, id, u"ProxyStubClsid", proxy, u"ProxyStubClsid32", proxy32);
-    CInterfaceInfo info;
-    info.typeLibrary = m_libraryIds.AddOrNone(std::move(library));
-    info.proxyClass = m_classIds.AddOrNone(std::move(proxy));
-    info.proxyClass32 = m_classIds.AddOrNone(std::move(proxy32));
-    info.id = m_interfaceIds.Add(std::move(id)).first;
-    const auto number = static_cast<std::uint32_t>(m_interfaces.size());
-    m_interfaces.push_back(info);
-    if (info.typeLibrary != TextIndex::kNone) m_links.Add(m_libraryIds[info.typeLibrary].interfaces, number);
-    for (const std::uint32_t proxyClass : {info.proxyClass, info.proxyClass32}) {
-        if (proxyClass != TextIndex::kNone) m_links.Add(m_classIds[proxyClass].interfaces, number);
+    m_interfaces.reserve(m_interfaces.size() + ids.numbers.size());
+    for (std::size_t i = 0; i < ids.numbers.size(); ++i) {
+        FetchAhead(m_libraryIds, libraries.numbers, i);
+        FetchAhead(m_classIds, proxies.numbers, i);
+        FetchAhead(m_classIds, proxies32.numbers, i);
+        const CInterfaceInfo info{ids.numbers[i], libraries.numbers[i], proxies.numbers[i], proxies32.numbers[i]};
+        const auto number = static_cast<std::uint32_t>(m_interfaces.size());
+        m_interfaces.push_back(info);
+        if (info.typeLibrary != TextIndex::kNone) m_links.Add(m_libraryIds[info.typeLibrary].interfaces, number);
+        for (const std::uint32_t proxyClass : {info.proxyClass, info.proxyClass32}) {
+            if (proxyClass != TextIndex::kNone) m_links.Add(m_classIds[proxyClass].interfaces, number);
+        }
     }
 }
 

@@ -2,10 +2,12 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 #include "appcenter/appreggather/multimap.h"
-#include "utility/ownedstring.h"
+#include "appcenter/appreggather/textindex.h"
+#include "utility/textarena.h"
 
 namespace roundup {
 
@@ -19,7 +21,7 @@ struct CCSLIDInfo {
     std::uint32_t classId = TextIndex::kNone;
     std::uint32_t typeLibrary = TextIndex::kNone;
     std::uint32_t serverPath = TextIndex::kNone;
-    OwnedString progId;
+    std::u16string_view progId;
 };
 struct CTypelibInfo {
     std::uint32_t id = TextIndex::kNone;
@@ -63,13 +65,10 @@ class CComCache {
     };
 
     void ScanClasses(bool view64);
-    void ScanClass(SubKeyReader& reader, OwnedString& id);
     void ScanTypeLibraries(bool view64);
-    void ScanTypeLibrary(SubKeyReader& reader, bool view64, OwnedString& id);
     void ScanInterfaces(bool view64);
-    void ScanInterface(SubKeyReader& reader, OwnedString& id);
-    // The number of a path after its expansion; kNone for what is empty then.
-    std::uint32_t PathNumber(OwnedString& text);
+    // Numbers paths as those that they are after their expansion; kNone for what is empty then.
+    void NumberPaths(TextColumn& paths);
 
     std::vector<CCSLIDInfo> m_classes;
     std::vector<CTypelibInfo> m_libraries;
@@ -79,6 +78,7 @@ class CComCache {
     TextTable<ClassNode> m_classIds;      // also those that only interfaces name
     TextIndex m_interfaceIds;
     NumberLists m_links;
+    TextArena m_progIds;
     // While the machine is read: paths as the registry has them, since many classes share one server, and the number
     // in m_paths of each.
     TextTable<std::uint32_t> m_rawPaths;

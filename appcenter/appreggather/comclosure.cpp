@@ -66,7 +66,7 @@ class CComCache::Closure {
         if (node.record == TextIndex::kNone) return;
         const CCSLIDInfo& info = m_cache.m_classes[node.record];
         m_results->ClassIds.Add(m_cache.m_classIds.Text(id));
-        if (!info.progId.IsEmpty()) m_results->ProgIds.Add(info.progId);
+        if (!info.progId.empty()) m_results->ProgIds.Add(info.progId);
         ReachPath(info.serverPath);
         Reach(m_libraryIds, m_librariesToDo, info.typeLibrary);
     }

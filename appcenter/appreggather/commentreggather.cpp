@@ -45,10 +45,10 @@ void CCommentRegGather::Scan() {
     CWFYRegKey key;
     if (Failed(key.Open(kHkeyLocalMachine, kUserData, view64, false))) return;
     SubKeyReader users(key, view64);
-    ForEachSubKey(key, [&](const OwnedString& user) {
+    ForEachSubKey(key, [&](std::u16string_view user) {
         if (Failed(users.Open(user, u"Components"))) return true;
         SubKeyReader components(users.Key(), view64);
-        ForEachSubKey(users.Key(), [&](const OwnedString& component) {
+        ForEachSubKey(users.Key(), [&](std::u16string_view component) {
             if (Succeeded(components.Open(component, {}))) AddComponent(components.Key(), user);
             return true;
         });
@@ -56,13 +56,13 @@ void CCommentRegGather::Scan() {
     });
 }
 
-void CCommentRegGather::AddComponent(CWFYRegKey& component, const OwnedString& user) {
+void CCommentRegGather::AddComponent(CWFYRegKey& component, std::u16string_view user) {
     ForEachValue(component, [&](const RegValueView& value) {
         const std::u16string_view text = value.Text();
         if (!NamesFile(value, text)) return;
-        const auto [product, isNew] = m_products.Add(OwnedString(value.Name()));
-        if (isNew) m_products[product] = OwnedString(user.View());
-        m_links.Add(m_paths[m_paths.Add(OwnedString(text)).first], product);
+        const auto [product, isNew] = m_products.Add(value.Name());
+        if (isNew) m_products[product] = OwnedString(user);
+        m_links.Add(m_paths[m_paths.Add(text).first], product);
     });
 }
 
@@ -82,7 +82,7 @@ void CCommentRegGather::PutInOrder() {
 // run of those in order, or behind another one of the few that have a second ":".
 std::vector<std::uint32_t> CCommentRegGather::Containing(std::u16string_view location) const {
     std::vector<std::uint32_t> places;
-    const auto text = [this](std::uint32_t path) { return m_paths.Text(path).View(); };
+    const auto text = [this](std::uint32_t path) { return m_paths.Text(path); };
     const auto tryPlace = [&](std::uint32_t place) {
         if (text(m_order[place]).find(location) != location.npos) places.push_back(place);
     };
@@ -108,7 +108,7 @@ void CCommentRegGather::AddComponentItems(std::u16string_view location, CAppRule
         m_links.ForEach(m_paths[m_order[place]], [&](std::uint32_t number) {
             if (done[number]) return;
             done[number] = true;
-            const OwnedString& product = m_products.Text(number);
+            const std::u16string_view product = m_products.Text(number);
             const std::u16string keys[] = {
                 FormatText(u"SOFTWARE\\Classes\\Installer\\Products\\%s", product),
                 FormatText(u"SOFTWARE\\Classes\\Installer\\Features\\%s", product),

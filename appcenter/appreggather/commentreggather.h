@@ -25,7 +25,7 @@ class CCommentRegGather {
 
   private:
     void Scan();
-    void AddComponent(CWFYRegKey& component, const OwnedString& user);
+    void AddComponent(CWFYRegKey& component, std::u16string_view user);
     void PutInOrder();
     // The places in m_order of the paths that contain the location, ascending.
     std::vector<std::uint32_t> Containing(std::u16string_view location) const;

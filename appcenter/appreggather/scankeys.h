@@ -21,12 +21,13 @@ class SubKeyReader {
   public:
     SubKeyReader(const CWFYRegKey& parent, bool view64) : m_parent(parent.GetKeyHandle()), m_view64(view64) {}
 
-    // The value of the key "name" or "name\below"; without a value name the default value. text is empty unless Read.
-    DefaultRead Read(std::u16string_view name, std::u16string_view below, OwnedString& text,
+    // The value of the key "name" or "name\below"; without a value name the default value. text is empty unless Read,
+    // and good until the next operation.
+    DefaultRead Read(std::u16string_view name, std::u16string_view below, std::u16string_view& text,
                      const char16_t* value = nullptr) {
-        text.Reset();
+        text = {};
         if (Failed(Open(name, below))) return DefaultRead::CannotOpen;
-        return Failed(m_key.GetString(value, text)) ? DefaultRead::CannotRead : DefaultRead::Read;
+        return Failed(m_key.GetStringView(value, text)) ? DefaultRead::CannotRead : DefaultRead::Read;
     }
     // Opens such a key, to be read until the next operation.
     ResultCode Open(std::u16string_view name, std::u16string_view below) {
@@ -43,13 +44,14 @@ class SubKeyReader {
     std::u16string m_path;
 };
 
-// Calls use(name) for each subkey; a name that cannot be read is passed over. use answers false to end the walk.
+// Calls use(name) for each subkey; a name that cannot be read is passed over. use answers false to end the walk. The
+// name is zero-terminated, and lies in the key, which use must leave alone.
 template <class Use>
 void ForEachSubKey(CWFYRegKey& key, Use use) {
-    for (OwnedString name;;) {
-        const ResultCode rc = key.EnumKey(name);
+    for (std::u16string_view name;;) {
+        const ResultCode rc = key.EnumKeyView(name);
         if (Small(rc) == SmallCode::NoMoreItems) return;
-        if (Failed(rc) || name.IsEmpty()) continue;
+        if (Failed(rc) || name.empty()) continue;
         if (!use(name)) return;
     }
 }

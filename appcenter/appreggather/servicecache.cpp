@@ -1,7 +1,5 @@
 #include "appcenter/appreggather/servicecache.h"
 
-#include <utility>
-
 #include "appcenter/app/app.h"
 #include "appcenter/appreggather/reggatherresults.h"
 #include "appcenter/appreggather/scankeys.h"
@@ -19,15 +17,16 @@ void CServiceCache::Scan() {
     CWFYRegKey key;
     if (Failed(key.Open(kHkeyLocalMachine, u"SYSTEM\\CurrentControlSet\\services", false, false))) return;
     SubKeyReader reader(key, false);
-    ForEachSubKey(key, [&](OwnedString& name) {
-        OwnedString file;
-        (void)reader.Read(name, {}, file, u"ImagePath");
+    ForEachSubKey(key, [&](std::u16string_view name) {
+        std::u16string_view value;
+        (void)reader.Read(name, {}, value, u"ImagePath");
+        OwnedString file(value);
         if (!file.IsEmpty()) ExpandPath(file);
         if (file.IsEmpty() || IsUnderSystem(file, true) || IsUnderSystemX86(file, true)) return true;
         const bool isDriver = EndsWithNoCase(file, u".sys");
         const auto service = static_cast<std::uint32_t>(m_services.size());
-        m_services.push_back({std::move(name), isDriver});
-        m_links.Add(m_files[m_files.Add(std::move(file)).first], service);
+        m_services.push_back({OwnedString(name), isDriver});
+        m_links.Add(m_files[m_files.Add(file).first], service);
         return true;
     });
 }

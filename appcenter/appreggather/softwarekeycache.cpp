@@ -268,7 +268,7 @@ void CSoftwareKeyCache::ScanHive(KeyHandle root, bool view64) {
     CWFYRegKey software;
     if (Failed(software.Open(root, u"Software", view64, false))) return;
     SubKeyReader reader(software, view64);
-    ForEachSubKey(software, [&](const OwnedString& key) {
+    ForEachSubKey(software, [&](std::u16string_view key) {
         if (IsOneOf(key, kSkippedTopKeys)) return true;
         if (!EqualsNoCase(key, kMaker)) return AddKey(reader, key, key, 0);
         AtBoundary([&] { ScanMaker(software, view64); }, [] {});
@@ -281,7 +281,7 @@ void CSoftwareKeyCache::ScanMaker(const CWFYRegKey& software, bool view64) {
     if (Failed(maker.Open(software.GetKeyHandle(), kMaker.data(), view64, false))) return;
     SubKeyReader reader(maker, view64);
     std::u16string entryName;
-    ForEachSubKey(maker, [&](const OwnedString& key) {
+    ForEachSubKey(maker, [&](std::u16string_view key) {
         if (IsOneOf(key, kSkippedOfMaker)) return true;
         entryName.assign(kMakerPrefix).append(key);
         return AddKey(reader, key, entryName, 1);
@@ -296,7 +296,7 @@ bool CSoftwareKeyCache::AddKey(SubKeyReader& reader, std::u16string_view key, st
     ScanEntry& entry = m_entries.At(entryName, level, isNew);
     if (isNew) ScanEntries::AddWord(entry, key);
     if (Failed(reader.Open(key, {}))) return true;
-    ForEachSubKey(reader.Key(), [&](const OwnedString& word) {
+    ForEachSubKey(reader.Key(), [&](std::u16string_view word) {
         ScanEntries::AddWord(entry, word);
         return true;
     });

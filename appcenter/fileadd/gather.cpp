@@ -84,7 +84,8 @@ class GatherTree {
         store.Close();
         AddOwnFiles(app, store);
         if (app.llEstimatedSize == 0) app.llEstimatedSize = app.llGatheredSize;
-        TraceLine(u"...Gather App \"%s\" files(%ld)", app.pwszName, static_cast<std::int32_t>(app.Gathered().Files.size()));
+        TraceLine(u"...Gather App \"%s\" files(%ld)", app.pwszName,
+                  static_cast<std::int32_t>(app.Gathered().Files.size()));
         return kSuccess;
     }
 

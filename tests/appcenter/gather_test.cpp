@@ -179,7 +179,8 @@ TEST_F(GatherTest, PathsOfTheSink_CountOnceAndHaveALimit) {
     for (const char16_t* folder : {u"X:\\Tool", u"X:\\Tool\\", u"C:\\Windows"}) {
         EXPECT_TRUE(Succeeded(app.AddFile(folder, 0, FileType::kDirectory)));
     }
-    EXPECT_EQ(DirectoriesOf(app.Gathered().Directories) + DirectoriesOf(app.Gathered().SystemDirectories), "X:\\Tool\\;C:\\Windows\\;");
+    EXPECT_EQ(DirectoriesOf(app.Gathered().Directories) + DirectoriesOf(app.Gathered().SystemDirectories),
+              "X:\\Tool\\;C:\\Windows\\;");
 }
 
 TEST_F(GatherTest, RepeatFilter_TellsItemsApartByWhatItIsToldToAndNoMore) {

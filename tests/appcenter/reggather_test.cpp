@@ -140,7 +140,8 @@ TEST_F(RegGatherTest, Gather_BuildsItemsInTheOrderOfTheSetsAndFoldersOfEveryData
     Start();
     CApp app;
     Name(app, u"Otter Notes", u"Vendor/Windows");
-    for (const char16_t* const file : {u"c:\\app\\APP.exe", u"C:\\App\\srv.dll"}) app.MakeGathered().FilePaths.Add(file);
+    for (const char16_t* const file : {u"c:\\app\\APP.exe", u"C:\\App\\srv.dll"})
+        app.MakeGathered().FilePaths.Add(file);
     CAppRegGather gather(app);
     std::vector<OwnedString> native, x86;
     gather.GetCommonFolders(native, x86);

@@ -1,4 +1,4 @@
-// The texts of a table, one behind the other in a few blocks.
+// Texts that live as long as their owner, one behind the other in a few blocks.
 #pragma once
 
 #include <cstddef>
@@ -16,6 +16,8 @@ class TextArena {
     char16_t* Room(std::size_t length) noexcept;
     // Keeps the first characters of the room that was last asked for; length is at most what it was asked for.
     std::u16string_view Keep(std::size_t length) noexcept;
+    // A copy of the text. Throws what the standard library does when memory is short.
+    std::u16string_view Copy(std::u16string_view text);
     void Clear() noexcept;
 
   private:
@@ -24,7 +26,7 @@ class TextArena {
         std::size_t size = 0;
         std::size_t used = 0;
     };
-    // Small for the many tables of a few rows, then as large as the rows need.
+    // Small for the many that hold little, then as large as what they hold needs.
     static constexpr std::size_t kFirstBlock = 2048;
     static constexpr std::size_t kLargestBlock = 1U << 15U;
 

@@ -1,4 +1,4 @@
-#include "msianalyzer/textarena.h"
+#include "utility/textarena.h"
 
 #include <algorithm>
 #include <new>
@@ -27,6 +27,13 @@ std::u16string_view TextArena::Keep(std::size_t length) noexcept {
     text[length] = u'\0';
     block.used += length + 1;
     return {text, length};
+}
+
+std::u16string_view TextArena::Copy(std::u16string_view text) {
+    char16_t* const room = Room(text.size());
+    if (room == nullptr) throw std::bad_alloc();
+    std::copy(text.begin(), text.end(), room);
+    return Keep(text.size());
 }
 
 void TextArena::Clear() noexcept { m_blocks.clear(); }
