@@ -26,12 +26,12 @@ std::string Sized(std::string_view content) {
     return bytes.append(content);
 }
 
-// A file entry: attributes and times of zeros, the short name, and the extension with the long one, whose place the
-// last word tells.
+// A file entry: attributes and times of zeros, the short name, filled up with zeros, and the extension with the long
+// one, whose place the last word tells.
 std::string Item(std::u16string_view name) {
     std::string extension("\x09\0\x04\0\xEF\xBE", 6);
     extension.append(38, '\0').append(Wide(name)).append(2, '\0').append("\x16\0", 2);
-    return Sized<std::uint16_t>(std::string("\x32").append(11, '\0').append("SHORT~1", 8) +
+    return Sized<std::uint16_t>(std::string("\x32").append(11, '\0').append("SHORT\0\0\0", 8) +
                                 Sized<std::uint16_t>(extension));
 }
 
