@@ -104,6 +104,11 @@ TEST_F(StorePackagesTest, BrokenEntries_AreLeftOutAndTheOthersStay) {
     builder.Text(KeyOf(u"Nameless_1.0.0.0_x64__p"), u"DisplayName", u"@{lost?ms-resource://x}");
     Package(u"Sys_1.0.0.0_x64__p", u"Sys_p", Manifest("1.0.0.0"), u"C:\\Windows\\SystemApps\\");
     Package(u"Cased_1.0.0.0_x64__p", u"Cased_p", Manifest("1.0.0.0"), u"C:\\WINDOWS\\SystemApps\\");
+    Package(u"Other_1.0.0.0_x64__p", u"Otter_p", "<Package/>");
+    Package(u"Long_1.0.0.0_x64__p", std::u16string(258, u'L') + u"_p", Manifest("1.0.0.0"));
+    for (const char16_t* full : {u"Other_1.0.0.0_x64__p", u"Long_1.0.0.0_x64__p"}) {
+        builder.Dword(KeyOf(full), u"Framework", 1);  // of which no more is asked than these names
+    }
     builder.Key(KeyOf(u"Empty"));
     EXPECT_EQ(FullNames(Load()), (std::vector<std::string>{"Cased_1.0.0.0_x64__p", "Good_1.0.0.0_x64__p"}));
 }
@@ -192,6 +197,11 @@ TEST_F(StorePackagesTest, Gather_TakesOwnExtraAndDataFoldersAndEndsInJunctions) 
     ASSERT_TRUE(Succeeded(package->Gather(nullptr, nullptr)));
     EXPECT_LT(package->m_listFiles.size(), files);
     EXPECT_GT(package->GetGatheredSize(), size);
+    // An extra folder that has gone ends the extra folders, and is the result.
+    package->UnGather();
+    ASSERT_TRUE(package->ExtraFolder.Add(u"A_0"));
+    EXPECT_EQ(Small(package->Gather(nullptr, nullptr)), SmallCode::GeneralFailure);
+    EXPECT_TRUE(!holds(u"_neutral_de_p\\text.pri") && holds(u"\\Settings\\s.dat"));
 }
 
 TEST_F(StorePackagesTest, Record_ComesBackAsItWasAndEveryCutFails) {
