@@ -1,6 +1,8 @@
 // Which applications a listing shows, and what a comparison of two catalogues finds.
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "appcenter/app/app.h"
 #include "host/diffsource.h"
 #include "host/listfilter.h"
@@ -58,6 +60,23 @@ TEST(Report, NamesOfOthers_StayTextAndAnOddIconIsLeftOut) {
     }
     EXPECT_NE(page.find("&lt;/table&gt;&lt;script&gt;alert(1)"), std::string::npos);
     EXPECT_NE(page.find("&quot;&gt;&lt;img src=x onerror=y&gt;&amp;amp;"), std::string::npos);
+}
+
+TEST(Report, Tree_IsWrittenWholeWithTheIconOfEachPart) {
+    const std::pair<std::string_view, std::string> icons[] = {
+        {"f", "Zg=="}, {"fo", "Zm8="}, {"foo", "Zm9v"}};  // RFC 4648
+    const RefPtr<CApp> whole = MakeApp(u"whole", u"", 0, u"");
+    for (const auto& [bytes, text] : icons) {
+        RefPtr<CApp> part = MakeApp(u"part", u"", 0, u"");
+        part->pIconData = std::make_unique<std::byte[]>(bytes.size());
+        std::memcpy(part->pIconData.get(), bytes.data(), bytes.size());
+        part->dwIconDataSize = static_cast<std::uint32_t>(bytes.size());
+        whole->SubApps.push_back(std::move(part));
+    }
+    const std::string page = MakeReport({{whole.Get(), 0}}, "", "");
+    EXPECT_TRUE(page.starts_with("<!DOCTYPE html>") && page.find(">whole<") != std::string::npos);
+    for (const auto& [bytes, text] : icons)
+        EXPECT_NE(page.find(";base64," + text + "\">part<"), std::string::npos) << text;
 }
 
 TEST(ListFilter, SizesAndDays_AreReadStrictly) {
