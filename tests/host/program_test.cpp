@@ -85,6 +85,8 @@ TEST_F(ProgramTest, SampleMachine_HasPackagesAndIconsOfProducts) {
     const auto json = nlohmann::json::parse(Run({"list", "--format", "json"}).output);
     EXPECT_FALSE(json.at("packages").empty());
     EXPECT_TRUE(std::ranges::any_of(json.at("applications"), [](const auto& app) { return app.at("iconSize") != 0; }));
+    const std::string package = Run({"show", "Lutrine.Sketchbook_2.1.0.0_x64__k7m2q9t4w0xyz"}).output;
+    EXPECT_NE(package.find(" 1.72 KB ("), std::string::npos) << package;
 }
 
 TEST_F(ProgramTest, ListingsForPeople_LetNoNameSteerTheTerminal) {
