@@ -253,6 +253,7 @@ TEST_F(Analyzer, Classes_BringTheirLibrariesAndInterfaces) {
     const std::u16string lib = u"{CCCCCCCC-0000-0000-0000-000000000001}";
     builder.Text(wow + u"CLSID\\{C1}", u"", u"One").Text(wow + u"CLSID\\{C1}\\TypeLib", u"", lib + u"} and more");
     builder.Text(wow + u"CLSID\\{C1}\\Version", u"", u"1.0").Text(wow + u"CLSID\\{C2}", u"", u"Two");
+    builder.Text(wow + u"CLSID\\{C2}\\TypeLib", u"", lib + u", no more");  // another library
     for (const char16_t* name : {u"{I1}", u"{I2}"}) {
         const std::u16string key = wow + u"Interface\\" + name + u"\\TypeLib";
         builder.Text(key, u"", lib).Text(key, u"Version", name == std::u16string_view(u"{I1}") ? u"1.0" : u"2.0");
@@ -285,6 +286,8 @@ TEST_F(Analyzer, Classes_BringTheirLibrariesAndInterfaces) {
         "4 HKCR|TypeLib\\{CCCCCCCC-0000-0000-0000-000000000001}\\1.0||1|Lib|0",
         "4 HKCR|CLSID\\{C2}||0||0",
         "4 HKCR|CLSID\\{C2}||1|Two|0",
+        "4 HKCR|CLSID\\{C2}\\TypeLib||0||0",
+        "4 HKCR|CLSID\\{C2}\\TypeLib||1|{CCCCCCCC-0000-0000-0000-000000000001}, no more|0",
         "4 end",
         "4 HKCR|AppID\\{A1}||0||0",
         "4 HKCR|AppID\\{A1}||1|App|0",
@@ -556,6 +559,9 @@ TEST_F(Analyzer, BadPackages_FailAsTold) {
     EXPECT_EQ(open(u"C:\\nocode.msi", filter.Get()), SmallCode::Success);
     EXPECT_EQ(Small(analyzer->Analyze()), SmallCode::GeneralFailure);
     EXPECT_TRUE(Succeeded(analyzer->Close()));
+    builder.User(std::u16string(260, u'u'));  // whose temporary folder has too long a path
+    Start();
+    EXPECT_EQ(open(u"C:\\nocode.msi", filter.Get()), SmallCode::InstallerFailure);
     EXPECT_TRUE(log.lines.empty());
 }
 
