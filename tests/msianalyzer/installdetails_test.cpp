@@ -4,6 +4,7 @@
 #include "msianalyzer/configfileanalyzer.h"
 #include "msianalyzer/imsianalyzer.h"
 #include "msianalyzer/readconfig.h"
+#include "tests/support/faultmachine.h"
 #include "tests/support/itemlog.h"
 #include "tests/support/machinetest.h"
 #include "tests/support/productpackage.h"
@@ -93,7 +94,7 @@ TEST_F(InstallDetails, Product_IsFoundInAllOfTheBooks) {
     const std::string packed = "11111111222233334444555555555555";
     const std::string code = kCode;
     const std::string icon = "Software\\Microsoft\\Installer\\Products\\" + packed;
-    const Lines expected = {
+    Lines expected = {
         "9 open|" + packed + "||0||1",
         "9 open|" + packed + "\\InstallProperties||0||1",
         "9 open|" + packed + "\\InstallProperties|DisplayName|1|S-1-5-18|1",
@@ -139,6 +140,11 @@ TEST_F(InstallDetails, Product_IsFoundInAllOfTheBooks) {
         "file c:\\users\\User\\AppData\\Local\\downloaded installations\\T\\t.msi 3",
     };
     EXPECT_THAT(Analyze({"RegisterProduct"}), ElementsAreArray(expected));
+    // A source that is no downloaded one is left alone, whatever the length of its path.
+    source = u"D:\\This is a folder of packages with a long path, and lies on the disc\\T";
+    builder.File(source + std::u16string(u"\\t.msi"), "333");
+    expected.resize(expected.size() - 2);
+    EXPECT_THAT(Analyze(), ElementsAreArray(expected));
 }
 
 TEST_F(InstallDetails, ComponentsProgIdsAndAssemblies_AreFoundByTheirNames) {
@@ -274,6 +280,10 @@ TEST_F(InstallDetails, RuleFiles_AreReadWholeOrRefused) {
     CReadConfig file;
     EXPECT_EQ(Small(file.Open(u"")), SmallCode::BadArgument);
     EXPECT_EQ(Small(file.Open(u"C:\\absent")), SmallCode::OpenFailure);
+    auto machine = std::make_unique<FaultInjectingMachine>(builder.Build());
+    machine->FailOperation(Area::ClosedLibraries, 1, kErrorAccessDenied);
+    Start(std::move(machine));
+    EXPECT_EQ(Small(file.Open(u"C:\\absent")), SmallCode::BufferAllocation);
 }
 
 TEST_F(InstallDetails, RuleFile_OfTheSuiteStandsInForThatOfTheProduct) {
