@@ -106,9 +106,8 @@ Win32Error ParsePath(std::u16string_view path, WinPath& parsed) {
     if (HasDevicePrefix(path)) path.remove_prefix(4);
     if (!HasDriveRoot(path)) return kErrorPathNotFound;
 
-    parsed.text.clear();
     parsed.text.reserve(path.size() + 1);
-    parsed.text.append(path.substr(0, 2)).push_back(u'\\');
+    parsed.text.assign(path.substr(0, 2)).push_back(u'\\');
     parsed.endsInSeparator = AppendParts(path.substr(3), parsed.text);
     if (parsed.text.size() > 3) parsed.text.pop_back();
     const std::u16string_view parts = parsed.Parts();

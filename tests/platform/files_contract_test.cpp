@@ -139,6 +139,7 @@ TEST_P(FilesContract, PathForms_KeepWhatHasNoOtherName) {
         {u"C:\\tool\\program.exe", u"C:\\Tool\\Program.exe", u"C:\\tool\\program.exe", u"C:\\tool\\program.exe"},
         {u"C:\\Tool\\.\\data\\..\\empty. ", u"C:\\Tool\\empty", u"C:\\Tool\\empty", u"C:\\Tool\\empty"},
         {u"C:\\absent\\x", u"", u"", u"C:\\absent\\x"},
+        {u"\\\\.\\C:\\absent\\..\\x", u"", u"", u"\\\\.\\C:\\x"},
         {u"relative", u"", u"", u""},
         {u"\\\\server\\share\\..\\x\\", u"", u"", u"\\\\server\\share\\x\\"},
         {u"C:\\", u"C:\\", u"C:\\", u"C:\\"},
