@@ -241,7 +241,8 @@ TEST_F(RecordedIconsTest, Stretching_KeepsCommonBitsOrRepeatsPixels) {
 
 TEST_F(RecordedIconsTest, LyingNumbers_GiveNoIcon) {
     ProgramLayout layout;
-    const std::string program = MakeProgram({{1, {}, {Plain(32, 8, kRed)}}}, false, &layout);
+    std::string program = MakeProgram({{1, {}, {Plain(32, 8, kRed)}}}, false, &layout);
+    Put32(program, layout.optional + 92, 3);               // no more directories than it needs
     const std::size_t groups = layout.resources + 16 + 8;  // the root's entry of the groups
     const auto icons = static_cast<std::size_t>(program.find(std::string_view("(\0\0\0 \0\0\0", 8)));
     ASSERT_NE(icons, std::string::npos);
@@ -257,6 +258,7 @@ TEST_F(RecordedIconsTest, LyingNumbers_GiveNoIcon) {
         {"bitmap of impossible width", icons + 4, 0x7FFFFFFF},
         {"bitmap from the top down", icons + 8, 0xFFFFFFC0},
         {"bitmap of more lines than bytes", icons + 8, 2000},
+        {"bitmap of two bits", icons + 12, 0x20001},
         {"compressed bitmap", icons + 16, 1},
         {"larger header", icons, 124},
     };
