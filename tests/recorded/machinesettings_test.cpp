@@ -46,6 +46,7 @@ TEST(MachineSettingsText, FaultsTellTheirLine) {
         {"[system]\ncolour=red\n", "m.ini:2: the section [system] has no key \"colour\""},
         {"[sytem]\n", "m.ini:1: there is no section [sytem]"},
         {"[attributes]\nC:\\x=123456789\n", "m.ini:2: \"123456789\" is no hexadecimal number of 32 bits"},
+        {"[attributes]\nC:\\x=1_\n", "m.ini:2: \"1_\" is no hexadecimal number of 32 bits"},
         {"[short]\nC:\\a\\b=C:\\a~1\n", "m.ini:2: a short path has as many parts as the long one"},
         {"[volumes]\nCD=NTFS\n", "m.ini:2: \"CD\" is no drive letter"},
         {"[system]\n; \xFF\n", "m.ini:2: this is not UTF-8"},
