@@ -75,6 +75,7 @@ TEST_F(PackageTextsTest, Source_NamesTheItemInOneOfItsForms) {
         {u"@{Lost_1.0.0.0_x64__p?ms-resource:AppName}", u"-"},
         {u"@{?ms-resource:AppName}", u"-"},
         {u"@{Otter_1.0.0.0_x64__p", u"-"},
+        {u"@{Otter_1.0.0.0_x64__p?ms-resource:AppName)", u"-"},
         {u"@shell32.dll,-1", u"-"},
     };
     for (const auto& [source, text] : cases) EXPECT_EQ(Load(source), text) << source.size();
