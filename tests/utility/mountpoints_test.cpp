@@ -23,6 +23,7 @@ TEST_F(MountPointsTest, Path_FollowsEveryMountPointInIt) {
     builder.Reparse(u"C:\\self", u"C:\\self").Reparse(u"C:\\up\\down", u"C:\\up").Reparse(u"C:\\in", u"C:\\in\\side");
     builder.Reparse(u"C:\\ping", u"C:\\pong").Reparse(u"C:\\pong", u"C:\\ping").Reparse(u"E:\\fat\\l", u"D:\\real");
     builder.Folder(u"C:\\linked").Reparse(u"C:\\a\\long\\way\\in", u"D:\\r\\er").Reparse(u"C:\\in2", u"D:\\r\\er");
+    builder.Reparse(u"C:\\root", u"C:\\");
     Start();
     const std::pair<const char16_t*, const char16_t*> cases[] = {
         {u"c:\\LINK\\sub\\file.txt", u"+D:\\real\\sub\\file.txt"},
@@ -30,11 +31,13 @@ TEST_F(MountPointsTest, Path_FollowsEveryMountPointInIt) {
         {u"C:\\a\\long\\way\\down\\er", u"+D:\\deep\\er"},  // the target is shorter than what it replaces
         // The search goes on from its position: what the target has in front of that is not looked at.
         {u"C:\\a\\long\\way\\in\\x", u"+D:\\r\\er\\x"},
+        {u"C:\\a\\long\\way\\in", u"+D:\\r\\er"},
         {u"C:\\in2\\x", u"+D:\\deep\\er\\x"},
         {u"C:\\linked\\x", u"-untouched"},
         {u"E:\\fat\\l\\x", u"-untouched"},
         {u"C:\\self\\x", u"-untouched"},
         {u"C:\\in\\x", u"-untouched"},
+        {u"C:\\root\\x", u"-untouched"},
         {u"C:\\ping\\x", u"-untouched"},
         {u"", u"-untouched"},
     };
