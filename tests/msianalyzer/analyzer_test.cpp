@@ -268,7 +268,7 @@ TEST_F(Analyzer, Classes_BringTheirLibrariesAndInterfaces) {
     row("{C2}", "InprocServer32", "/x [ProductCode]");
     row("{C3}", "LocalServer32", "");
     package.Row("TypeLib", {"{CCCCCCCC-0000-0000-0000-000000000001}", 0, "cMain", 0x200, {}, {}, "Main", {}});
-    package.Row("Extension", {"tl", "cMain", {}, "a/b", "Main"}).Row("Extension", {"none", "cMain", {}, {}, "Main"});
+    package.Row("Extension", {"none", "cMain", {}, {}, "Main"}).Row("Extension", {"tl", "cMain", {}, "a/b", "Main"});
     package.Row("MIME", {"a/b", "tl", {}});
     Sequence({"RegisterClassInfo", "RegisterTypeLibraries", "RegisterExtensionInfo", "RegisterMIMEInfo"});
     EXPECT_TRUE(Succeeded(Analyze()));
