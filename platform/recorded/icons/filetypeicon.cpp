@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <optional>
 
+#include "platform/recorded/registrytext.h"
 #include "utility/casemap.h"
 
 namespace roundup {
@@ -17,15 +18,9 @@ constexpr std::int32_t kFolder = 3;
 
 // The default value of a class key; nothing when it is absent or has no text.
 std::optional<std::u16string> DefaultText(IRegistry& registry, const std::u16string& key) {
-    KeyHandle handle = 0;
-    if (registry.OpenKey(kHkeyClassesRoot, key.c_str(), kKeyRead, handle) != kErrorSuccess) return std::nullopt;
-    char16_t text[520] = {};
-    std::uint32_t type = 0;
-    std::uint32_t size = sizeof text - sizeof text[0];
-    const Win32Error error = registry.QueryValue(handle, u"", type, text, size);
-    registry.CloseKey(handle);
-    if (error != kErrorSuccess || (type != kRegSz && type != kRegExpandSz) || text[0] == u'\0') return std::nullopt;
-    return std::u16string(text);
+    std::optional<std::u16string> text = ReadRegistryText(registry, kHkeyClassesRoot, key.c_str(), u"");
+    if (text && text->empty()) text.reset();
+    return text;
 }
 
 // "path,index", the path perhaps quoted. "%1" is the file itself, which has been tried already.
