@@ -61,12 +61,8 @@ bool PriMap::Open(ByteView section) {
 std::optional<PriItemInfo> PriMap::FindInfo(std::uint32_t item) const {
     for (std::uint64_t i = 0; i < m_itemGroups.Count(); ++i) {
         const auto [firstItem, number] = *m_itemGroups.At(i);
-        std::pair<std::uint32_t, std::uint32_t> group(1, 0);
-        if (const auto found = m_groups.At(number)) {
-            group = *found;
-        } else {
-            group.second = static_cast<std::uint32_t>(number - m_groups.Count());
-        }
+        const auto group =
+            m_groups.At(number).value_or(std::pair(1U, static_cast<std::uint32_t>(number - m_groups.Count())));
         if (item < firstItem || item - firstItem >= group.first) continue;
         const auto info = m_infos.At(std::uint64_t{group.second} + (item - firstItem));
         return info ? std::optional(PriItemInfo{info->first, info->second}) : std::nullopt;
