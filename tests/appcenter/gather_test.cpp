@@ -85,6 +85,8 @@ class GatherTest : public RulesTest {
             .File(u"C:\\One\\alone.exe", Image(1))
             .Reparse(u"C:\\Apps\\Quixo\\loop", u"C:\\Apps\\Quixo")
             .Text(u"HKLM\\SOFTWARE\\Quixo", u"v", u"x")
+            .Key(u"HKLM\\SOFTWARE\\Quixo\\a")
+            .Key(u"HKLM\\SOFTWARE\\Quixo\\b")
             .Text(u"HKLM\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Quixo", u"DisplayName", u"Quixo");
     }
     static RefPtr<CApp> Tree() {
@@ -116,7 +118,7 @@ TEST_F(GatherTest, Tree_FeedsItsRootAndKeepsItsStores) {
     const auto& part = static_cast<const CApp&>(*app->SubApps[0]);
     EXPECT_EQ(FilesOf(part), std::vector<std::string>{"4 2 0 C:\\Apps\\Quixo\\part\\part.txt"});
     // The part's name leads to the key of the whole; what it wrote down is not written again: an end mark stands alone.
-    EXPECT_EQ(StoreOf(part), "4:122 10:4 ");
+    EXPECT_EQ(StoreOf(part), "4:242 10:4 ");
     EXPECT_EQ(StoreOf(*app), "4:4 10:72 ");
 
     const std::int64_t size = app->llGatheredSize;
@@ -206,7 +208,7 @@ TEST_F(GatherTest, EveryOperationFailingInTurn_FindsNoMoreThanThereIs) {
     std::vector<std::string> all = FilesOf(*whole);
     all.emplace_back("C:\\Apps\\Quixo\\cache\\left.out");  // rules that cannot be read exclude nothing
     for (const Area area : {Area::Files, Area::Registry, Area::ClosedLibraries, Area::System, Area::Shell}) {
-        for (std::uint64_t n = 1;; n += 1 + n / 40) {
+        for (std::uint64_t n = 1;; n += 1 + n / 80) {
             auto owned = std::make_unique<FaultInjectingMachine>(builder.Build());
             FaultInjectingMachine& machine = *owned;
             machine.FailOperation(area, n, kErrorAccessDenied);
@@ -216,6 +218,10 @@ TEST_F(GatherTest, EveryOperationFailingInTurn_FindsNoMoreThanThereIs) {
             for (const std::string& line : FilesOf(*app)) {
                 const std::string path = line.substr(line.find('\\') - 2);
                 EXPECT_TRUE(std::ranges::any_of(all, [&](const auto& one) { return one.ends_with(path); })) << line;
+            }
+            // Of the two keys below another one a failure costs one at most.
+            if (area == Area::Registry) {
+                EXPECT_NE(StoreOf(static_cast<const CApp&>(*app->SubApps[0])), "4:122 10:4 ") << n;
             }
             app = nullptr;
             if (!machine.HasFired()) break;
