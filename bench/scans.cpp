@@ -4,13 +4,14 @@
 // libraries, 8,000 file classes with as many extensions, 1,000 services and 500 makers' keys below Software, times the
 // scale. Measured are all caches built one after the other, and the calls of the registry that this makes, made once
 // more with nothing else done; then a hundred applications, one after the other, of the finished caches.
-//
-//     ratio         all caches to the bare calls of the registry; at most 1.5 is wanted
+//     ratio         all caches to the bare calls of the registry
 //     ratio_asked   all caches to the bare calls and the bare questions after the long forms of the paths that they
-//     read com, classes  the same as ratio, for one cache alone query_us      all queries for one application, which
-//     finds some twenty records hub_ns        a query that reaches every interface, for each of them: what a closure
-//     that is not linear shows in growth        the build for each key, and hub_growth the hub, to that at the smallest
-//     size
+//                   read; at most 1.5 is wanted
+//     com, classes  the same as ratio, for one cache alone
+//     query_us      all queries for one application, which finds some twenty records
+//     hub_ns        a query that reaches every interface, for each of them: what a closure that is not linear shows in
+//
+//     growth        the build for each key, and hub_growth the hub, to that at the smallest size
 #include <benchmark/benchmark.h>
 
 #include <algorithm>

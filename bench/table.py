@@ -32,7 +32,7 @@ ROWS = [
     ("gather", "Estimate", "busy", -0.8, "share of the processors that estimates use"),
     ("gather", "Links", "again", 0.01, "second question after links / the first"),
     ("analysis", "AnalyzeProduct", "of_limit", 2.0, "analysis / tables and bare reads"),
-    ("scans", "Scans", "ratio", 1.5, "all scans / bare calls of the registry"),
+    ("scans", "Scans", "ratio_asked", 1.5, "all scans / bare calls of the registry and questions after paths"),
 ]
 PROGRAM_ROWS = [
     ("start", "list of the sample machine, ms", 30),

@@ -42,6 +42,12 @@ std::uint64_t UpperWord(std::uint64_t word) noexcept {
     return LoadWord(units);
 }
 
+// The same for texts that differ in case alone, and for few others: a letter of ASCII without the bit that is its case.
+std::uint64_t HashedWord(std::uint64_t word) noexcept {
+    if (!IsAscii(word)) word = UpperWord(word);
+    return word & ~(kEachUnit * 0x20U);
+}
+
 // The first position at which two texts of at least length units can differ; those before are equal as they stand.
 std::size_t SkipEqualWords(const char16_t* a, const char16_t* b, std::size_t length) noexcept {
     std::size_t at = 0;
@@ -113,17 +119,17 @@ std::size_t HashNoCase(std::u16string_view text) noexcept {
     std::uint64_t other = 0;
     std::size_t at = 0;
     for (; at + 2 * kWordUnits <= text.size(); at += 2 * kWordUnits) {
-        hash = Mix(hash, UpperWord(LoadWord(text.data() + at)));
-        other = Mix(other, UpperWord(LoadWord(text.data() + at + kWordUnits)));
+        hash = Mix(hash, HashedWord(LoadWord(text.data() + at)));
+        other = Mix(other, HashedWord(LoadWord(text.data() + at + kWordUnits)));
     }
     if (at + kWordUnits <= text.size()) {
-        hash = Mix(hash, UpperWord(LoadWord(text.data() + at)));
+        hash = Mix(hash, HashedWord(LoadWord(text.data() + at)));
         at += kWordUnits;
     }
     if (at < text.size()) {
         char16_t last[kWordUnits] = {};
         for (std::size_t i = 0; at + i < text.size(); ++i) last[i] = text[at + i];
-        other = Mix(other, UpperWord(LoadWord(last)));
+        other = Mix(other, HashedWord(LoadWord(last)));
     }
     return static_cast<std::size_t>(Mix(hash, other));
 }
