@@ -99,13 +99,12 @@ void CComCache::NumberPaths(TextColumn& paths) {
     auto raw = static_cast<std::uint32_t>(m_rawPaths.Count());
     m_rawPaths.AddAll(paths);
     for (; raw < m_rawPaths.Count(); ++raw) {
-        m_rawPaths[raw] = TextIndex::kNone;
         OwnedString path(m_rawPaths.Text(raw));
         ExpandPath(path);
-        m_rawPaths[raw] = m_paths.AddOrNone(path);
+        m_rawPaths[raw].path = m_paths.AddOrNone(path);
     }
     for (std::uint32_t& number : paths.numbers) {
-        if (number != TextIndex::kNone) number = m_rawPaths[number];
+        if (number != TextIndex::kNone) number = m_rawPaths[number].path;
     }
 }
 

@@ -54,6 +54,9 @@ class CComCache {
         NumberLists::List classes;
         NumberLists::List libraries;
     };
+    struct RawPath {
+        std::uint32_t path = TextIndex::kNone;  // its number in m_paths
+    };
     struct LibraryNode {
         std::uint32_t library = TextIndex::kNone;
         NumberLists::List classes;
@@ -79,9 +82,8 @@ class CComCache {
     TextIndex m_interfaceIds;
     NumberLists m_links;
     TextArena m_progIds;
-    // While the machine is read: paths as the registry has them, since many classes share one server, and the number
-    // in m_paths of each.
-    TextTable<std::uint32_t> m_rawPaths;
+    // While the machine is read: paths as the registry has them, since many classes share one server.
+    TextTable<RawPath> m_rawPaths;
 };
 
 }  // namespace roundup

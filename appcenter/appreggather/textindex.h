@@ -93,8 +93,8 @@ class TextTable : public TextIndex {
     }
     void AddAll(TextColumn& column) {
         m_values.reserve(Count() + column.texts.size());
+        const Filler filler{*this};
         TextIndex::AddAll(column);
-        if (m_values.size() < Count()) m_values.resize(Count());
     }
     // As Add; kNone for a text without characters.
     std::uint32_t AddOrNone(std::u16string_view text) { return text.empty() ? kNone : Add(text).first; }
@@ -106,6 +106,14 @@ class TextTable : public TextIndex {
     }
 
   private:
+    // Gives each text its value, also those in front of one that memory was short for.
+    struct Filler {
+        TextTable& table;
+        ~Filler() {
+            if (table.m_values.size() < table.Count()) table.m_values.resize(table.Count());
+        }
+    };
+
     std::vector<Value> m_values;
 };
 
