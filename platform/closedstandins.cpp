@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <new>
 #include <string_view>
 
 namespace roundup {
@@ -78,7 +79,7 @@ bool Expand(IFileSystem& files, const std::u16string& folder, std::u16string_vie
 
 }  // namespace
 
-IProbeIO* MakeFileObject(IFileSystem& files) { return new FileObject(files); }
+IProbeIO* MakeFileObject(IFileSystem& files) { return new (std::nothrow) FileObject(files); }
 
 bool ExpandFirstMatch(IFileSystem& files, const char16_t* path, std::u16string& expanded) {
     expanded.clear();

@@ -8,7 +8,8 @@
 
 namespace roundup {
 
-// A file object that is a plain stream over files, which must outlive it. It starts with one reference.
+// A file object that is a plain stream over files, which must outlive it. It starts with one reference; null when
+// memory is short.
 IProbeIO* MakeFileObject(IFileSystem& files);
 
 // The first existing path, in the order of names, that the masks of path match. False, and expanded empty, when there

@@ -1,6 +1,7 @@
 #include "platform/recorded/recordedfiles.h"
 
 #include <algorithm>
+#include <new>
 
 #include "platform/recorded/lastfailure.h"
 #include "utility/ownedstring.h"
@@ -43,18 +44,24 @@ Win32Error RecordedFileSystem::Describe(const char16_t* path, FileInfo& info) {
     return fileAsFolder ? kErrorInvalidName : kErrorSuccess;
 }
 
-std::uint32_t RecordedFileSystem::GetAttributes(const char16_t* path) {
+std::uint32_t RecordedFileSystem::GetAttributes(const char16_t* path) try {
     // The commonest question of all: about what is there, for which no size is asked for, or about a command line,
     // which is no path.
     if (HasNoRoot(path)) return Note(kErrorPathNotFound), kInvalidAttributes;
     if (const PathTrail* const trail = m_tree.FindPlain(path)) return m_tree.AttributesOf(*trail->Last().entry);
     FileInfo info;
     return Note(Describe(path, info)) == kErrorSuccess ? info.attributes : kInvalidAttributes;
+} catch (const std::bad_alloc&) {
+    return Note(kErrorNotEnoughMemory), kInvalidAttributes;
 }
 
-Win32Error RecordedFileSystem::GetInfo(const char16_t* path, FileInfo& info) { return Note(Describe(path, info)); }
+Win32Error RecordedFileSystem::GetInfo(const char16_t* path, FileInfo& info) try {
+    return Note(Describe(path, info));
+} catch (const std::bad_alloc&) {
+    return Note(kErrorNotEnoughMemory);
+}
 
-Win32Error RecordedFileSystem::FindFirst(const char16_t* pattern, FindHandle& find, FindData& data) {
+Win32Error RecordedFileSystem::FindFirst(const char16_t* pattern, FindHandle& find, FindData& data) try {
     find = kInvalidFile;
     const std::u16string_view text(pattern);
     const auto last = std::find_if(text.rbegin(), text.rend(), IsSeparator);
@@ -71,6 +78,8 @@ Win32Error RecordedFileSystem::FindFirst(const char16_t* pattern, FindHandle& fi
     if (!Step(*opened, data)) return Note(kErrorFileNotFound);
     find = m_finds.Add(std::move(opened));
     return kErrorSuccess;
+} catch (const std::bad_alloc&) {
+    return Note(kErrorNotEnoughMemory);
 }
 
 Win32Error RecordedFileSystem::StartFind(std::u16string_view folder, std::u16string_view mask, OpenFind& find) {
@@ -139,17 +148,19 @@ bool RecordedFileSystem::Step(OpenFind& find, FindData& data) {
     return false;
 }
 
-Win32Error RecordedFileSystem::FindNext(FindHandle find, FindData& data) {
+Win32Error RecordedFileSystem::FindNext(FindHandle find, FindData& data) try {
     const std::shared_ptr<OpenFind> opened = m_finds.Find(find);
     if (!opened) return Note(kErrorInvalidHandle);
     return Step(*opened, data) ? kErrorSuccess : Note(kErrorNoMoreFiles);
+} catch (const std::bad_alloc&) {
+    return Note(kErrorNotEnoughMemory);
 }
 
 void RecordedFileSystem::FindClose(FindHandle find) {
     if (!m_finds.Take(find)) SetLastFailure(kErrorInvalidHandle);
 }
 
-Win32Error RecordedFileSystem::Read(FileHandle file, void* buffer, std::uint32_t size, std::uint32_t& done) {
+Win32Error RecordedFileSystem::Read(FileHandle file, void* buffer, std::uint32_t size, std::uint32_t& done) try {
     done = 0;
     const std::shared_ptr<OpenFile> opened = m_files.Find(file);
     if (!opened) return Note(kErrorInvalidHandle);
@@ -157,9 +168,11 @@ Win32Error RecordedFileSystem::Read(FileHandle file, void* buffer, std::uint32_t
     const Win32Error error = opened->stream->ReadAt(opened->position, buffer, size, done);
     opened->position += done;
     return Note(error);
+} catch (const std::bad_alloc&) {
+    return Note(kErrorNotEnoughMemory);
 }
 
-Win32Error RecordedFileSystem::Write(FileHandle file, const void* buffer, std::uint32_t size, std::uint32_t& done) {
+Win32Error RecordedFileSystem::Write(FileHandle file, const void* buffer, std::uint32_t size, std::uint32_t& done) try {
     done = 0;
     const std::shared_ptr<OpenFile> opened = m_files.Find(file);
     if (!opened) return Note(kErrorInvalidHandle);
@@ -167,6 +180,8 @@ Win32Error RecordedFileSystem::Write(FileHandle file, const void* buffer, std::u
     const Win32Error error = opened->stream->WriteAt(opened->position, buffer, size, done);
     opened->position += done;
     return Note(error);
+} catch (const std::bad_alloc&) {
+    return Note(kErrorNotEnoughMemory);
 }
 
 Win32Error RecordedFileSystem::GetSize(FileHandle file, std::uint64_t& size) {
@@ -182,11 +197,13 @@ Win32Error RecordedFileSystem::SetPosition(FileHandle file, std::uint64_t positi
     return kErrorSuccess;
 }
 
-Win32Error RecordedFileSystem::SetEnd(FileHandle file) {
+Win32Error RecordedFileSystem::SetEnd(FileHandle file) try {
     const std::shared_ptr<OpenFile> opened = m_files.Find(file);
     if (!opened) return Note(kErrorInvalidHandle);
     if ((opened->access & kGenericWrite) == 0) return Note(kErrorAccessDenied);
     return Note(opened->stream->SetSize(opened->position));
+} catch (const std::bad_alloc&) {
+    return Note(kErrorNotEnoughMemory);
 }
 
 void RecordedFileSystem::Close(FileHandle file) {

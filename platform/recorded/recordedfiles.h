@@ -18,7 +18,8 @@
 
 namespace roundup {
 
-// Shows the drives of a tree and the real folders mapped into it. All writes to drives stay in memory.
+// Shows the drives of a tree and the real folders mapped into it. All writes to drives stay in memory. An operation
+// that memory is short for ends with that error, as one of the platform does: destructors call some of them.
 class RecordedFileSystem final : public IFileSystem {
   public:
     // volumes: drive letter in upper case and the name of its file system; NTFS where none is told.

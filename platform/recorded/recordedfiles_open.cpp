@@ -1,5 +1,6 @@
 // Opening, creating and deleting: where reads of the source end and writes in memory begin.
 #include <algorithm>
+#include <new>
 
 #include "platform/recorded/lastfailure.h"
 #include "platform/recorded/recordedfiles.h"
@@ -30,7 +31,7 @@ bool IsDenied(const FileEntry& entry) noexcept { return entry.extras && entry.ex
 }  // namespace
 
 Win32Error RecordedFileSystem::Open(const char16_t* path, std::uint32_t access, std::uint32_t share,
-                                    std::uint32_t disposition, FileHandle& file) {
+                                    std::uint32_t disposition, FileHandle& file) try {
     file = kInvalidFile;
     if (disposition < kCreateNew || disposition > kOpenAlways) return Note(kErrorInvalidParameter);
     WinPath parsed;
@@ -42,6 +43,8 @@ Win32Error RecordedFileSystem::Open(const char16_t* path, std::uint32_t access, 
     if (error != kErrorSuccess) return Note(error);
     file = m_files.Add(std::move(opened));
     return kErrorSuccess;
+} catch (const std::bad_alloc&) {
+    return Note(kErrorNotEnoughMemory);
 }
 
 Win32Error RecordedFileSystem::OpenStream(const WinPath& path, std::uint32_t access, std::uint32_t share,
@@ -164,7 +167,7 @@ Win32Error RecordedFileSystem::CopyForWriting(FileEntry& entry, bool keepContent
     return kErrorSuccess;
 }
 
-Win32Error RecordedFileSystem::Delete(const char16_t* path) {
+Win32Error RecordedFileSystem::Delete(const char16_t* path) try {
     WinPath parsed;
     if (const Win32Error error = ParsePath(path, parsed); error != kErrorSuccess) return Note(error);
     const FileTree::Found found = m_tree.Find(parsed, FileTree::Last::AsItIs);
@@ -181,9 +184,11 @@ Win32Error RecordedFileSystem::Delete(const char16_t* path) {
     // The entry stays in memory, its content need not.
     if (!entry.fromSource) (void)static_cast<const WrittenEntry&>(entry).content->SetSize(0);
     return kErrorSuccess;
+} catch (const std::bad_alloc&) {
+    return Note(kErrorNotEnoughMemory);
 }
 
-Win32Error RecordedFileSystem::CreateDirectory(const char16_t* path) {
+Win32Error RecordedFileSystem::CreateDirectory(const char16_t* path) try {
     WinPath parsed;
     if (const Win32Error error = ParsePath(path, parsed); error != kErrorSuccess) return Note(error);
     const FileTree::Found found = m_tree.Find(parsed, FileTree::Last::AsItIs);
@@ -194,6 +199,8 @@ Win32Error RecordedFileSystem::CreateDirectory(const char16_t* path) {
     if (found.error != kErrorFileNotFound || found.folder == nullptr) return Note(found.error);
     const FileEntry* made = found.folder->Add(found.leaf, SourceKind::Folder, nullptr, true);
     return made != nullptr ? kErrorSuccess : Note(kErrorAlreadyExists);
+} catch (const std::bad_alloc&) {
+    return Note(kErrorNotEnoughMemory);
 }
 
 }  // namespace roundup

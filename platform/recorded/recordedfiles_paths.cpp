@@ -1,6 +1,7 @@
 // Other forms of a path, and what a reparse point says.
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 #include "platform/recorded/lastfailure.h"
 #include "platform/recorded/recordedfiles.h"
@@ -111,7 +112,7 @@ std::uint32_t RecordedFileSystem::ConvertPath(const char16_t* path, Form form, c
 }
 
 // Written straight from the entries, whose names are the long ones.
-std::uint32_t RecordedFileSystem::GetLongPath(const char16_t* path, char16_t* buffer, std::uint32_t size) {
+std::uint32_t RecordedFileSystem::GetLongPath(const char16_t* path, char16_t* buffer, std::uint32_t size) try {
     if (const PathTrail* const trail = m_tree.FindPlain(path)) {
         std::size_t length = 2;
         for (const PathTrail::Part& part : trail->Asked()) length += 1 + part.entry->name.size();
@@ -126,10 +127,12 @@ std::uint32_t RecordedFileSystem::GetLongPath(const char16_t* path, char16_t* bu
         return static_cast<std::uint32_t>(length);
     }
     return ConvertPath(path, Form::Long, buffer, size);
+} catch (const std::bad_alloc&) {
+    return Note(kErrorNotEnoughMemory), 0;
 }
 
 // What has no short name stays as it is written.
-std::uint32_t RecordedFileSystem::GetShortPath(const char16_t* path, char16_t* buffer, std::uint32_t size) {
+std::uint32_t RecordedFileSystem::GetShortPath(const char16_t* path, char16_t* buffer, std::uint32_t size) try {
     if (const PathTrail* const trail = m_tree.FindPlain(path)) {
         std::u16string result;
         std::size_t copied = 0;
@@ -146,18 +149,22 @@ std::uint32_t RecordedFileSystem::GetShortPath(const char16_t* path, char16_t* b
         return AnswerText(copied == 0 ? rest : result.append(rest), buffer, size);
     }
     return ConvertPath(path, Form::Short, buffer, size);
+} catch (const std::bad_alloc&) {
+    return Note(kErrorNotEnoughMemory), 0;
 }
 
-std::uint32_t RecordedFileSystem::GetFullPath(const char16_t* path, char16_t* buffer, std::uint32_t size) {
+std::uint32_t RecordedFileSystem::GetFullPath(const char16_t* path, char16_t* buffer, std::uint32_t size) try {
     const std::u16string full = FullPathText(path);
     if (full.empty()) {
         SetLastFailure(kErrorPathNotFound);
         return 0;
     }
     return AnswerText(full, buffer, size);
+} catch (const std::bad_alloc&) {
+    return Note(kErrorNotEnoughMemory), 0;
 }
 
-Win32Error RecordedFileSystem::GetVolumeFileSystem(const char16_t* root, char16_t* name, std::uint32_t size) {
+Win32Error RecordedFileSystem::GetVolumeFileSystem(const char16_t* root, char16_t* name, std::uint32_t size) try {
     WinPath parsed;
     if (const Win32Error error = ParsePath(root, parsed); error != kErrorSuccess) return Note(error);
     if (parsed.text.size() != 3 || !m_tree.HasDrive(parsed.Drive())) return Note(kErrorPathNotFound);
@@ -169,6 +176,8 @@ Win32Error RecordedFileSystem::GetVolumeFileSystem(const char16_t* root, char16_
     std::memcpy(name, fileSystem.data(), fileSystem.size() * sizeof(char16_t));
     name[fileSystem.size()] = u'\0';
     return kErrorSuccess;
+} catch (const std::bad_alloc&) {
+    return Note(kErrorNotEnoughMemory);
 }
 
 Win32Error RecordedFileSystem::LinkTextOf(const WinPath& path, std::u16string& text, bool& mountPoint) {
@@ -195,7 +204,7 @@ Win32Error RecordedFileSystem::LinkTextOf(const WinPath& path, std::u16string& t
 }
 
 Win32Error RecordedFileSystem::ReadReparsePoint(const char16_t* path, void* buffer, std::uint32_t size,
-                                                std::uint32_t& done) {
+                                                std::uint32_t& done) try {
     done = 0;
     WinPath parsed;
     if (const Win32Error error = ParsePath(path, parsed); error != kErrorSuccess) return Note(error);
@@ -211,6 +220,8 @@ Win32Error RecordedFileSystem::ReadReparsePoint(const char16_t* path, void* buff
     std::memcpy(buffer, data.data(), data.size());
     done = static_cast<std::uint32_t>(data.size());
     return kErrorSuccess;
+} catch (const std::bad_alloc&) {
+    return Note(kErrorNotEnoughMemory);
 }
 
 }  // namespace roundup

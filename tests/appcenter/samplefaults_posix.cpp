@@ -6,13 +6,10 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "appcenter/appeunm/appmanager.h"
-#include "appcenter/appfile/iwfyfile.h"
-#include "platform/recorded/openmachine.h"
 #include "tests/support/faultmachine.h"
 #include "tests/support/machinetest.h"
+#include "tests/support/samplemachine.h"
 #include "tests/support/tempfolder.h"
-#include "utility/stringcontainers.h"
 #include "utility/utf.h"
 
 namespace roundup {
@@ -32,33 +29,6 @@ class SampleFaults : public MachineTest {
         m_before.empty() ? unsetenv("TMPDIR") : setenv("TMPDIR", m_before.c_str(), 1);
     }
 
-    static std::unique_ptr<Machine> Sample() {
-        OpenOptions options;
-        options.folder = ROUNDUP_SOURCE_DIR "/samples/machine";
-        SourceError error;
-        return OpenRecordedMachine(options, error);
-    }
-    // Loads the catalogue and gathers all of it. Answers the paths of what was found.
-    static CStringSet GatherAll() {
-        CStringSet paths;
-        const auto manager = RefPtr<CAppManager>::Adopt(new CAppManager);
-        const auto goOn = [](std::uint32_t, void*) -> std::uint8_t { return 1; };
-        Ignore(manager->LoadAppEx(goOn, nullptr, false), u"what it found is gathered");
-        for (std::uint32_t i = 0; i < manager->GetCount(); ++i) {
-            IApp* found = nullptr;
-            if (Failed(manager->GetApp(&found, i))) continue;
-            const auto app = RefPtr<IApp>::Adopt(found);
-            Ignore(app->Gather(nullptr, nullptr), u"what it found counts");
-            std::vector<IWFYFile*> files;
-            CStringVec directories;
-            app->GetFilesAndDirectories(files, directories);
-            for (const IWFYFile* file : files) {
-                if (file->GetType() >= FileType::kOrdinary) paths.Add(file->GetPath());
-            }
-            app->UnGather();
-        }
-        return paths;
-    }
     // The files in the temporary folder but the log, which go.
     std::vector<fs::path> TakeLeftovers() const {
         std::vector<fs::path> left;
@@ -75,20 +45,20 @@ class SampleFaults : public MachineTest {
 };
 
 TEST_F(SampleFaults, AnyOperationFailing_FindsNothingThatIsNotThereAndLeavesNothing) {
-    std::unique_ptr<Machine> sound = Sample();
+    std::unique_ptr<Machine> sound = OpenSampleMachine();
     ASSERT_NE(sound, nullptr);
-    Start(Sample());
-    ASSERT_GT(GatherAll().size(), 50U);
+    Start(OpenSampleMachine());
+    ASSERT_GT(GatherWholeCatalogue().size(), 50U);
     for (const Area area : {Area::Registry, Area::Files, Area::Profile, Area::Shell, Area::Installer, Area::Security,
                             Area::System, Area::ClosedLibraries}) {
         bool fired = true;
         for (std::uint64_t n = 1; fired; n += 1 + n / 2) {
             SCOPED_TRACE("area " + std::to_string(static_cast<int>(area)) + ", operation " + std::to_string(n));
-            auto owned = std::make_unique<FaultInjectingMachine>(Sample());
+            auto owned = std::make_unique<FaultInjectingMachine>(OpenSampleMachine());
             FaultInjectingMachine& machine = *owned;
             machine.FailOperation(area, n, kErrorAccessDenied);
             Start(std::move(owned));
-            for (const OwnedString& path : GatherAll()) {
+            for (const OwnedString& path : GatherWholeCatalogue()) {
                 EXPECT_NE(sound->Files().GetAttributes(path.Text()), kInvalidAttributes) << ToUtf8(path);
             }
             fired = machine.HasFired();

@@ -2,7 +2,7 @@
 
 namespace roundup {
 
-FileBytes::FileBytes(IFileSystem& files, const char16_t* path) noexcept : m_files(files) {
+FileBytes::FileBytes(IFileSystem& files, const char16_t* path) : m_files(files) {
     if (files.Open(path, kGenericRead, kShareRead | kShareWrite, kOpenExisting, m_file) != kErrorSuccess) {
         m_file = kInvalidFile;
         return;

@@ -12,7 +12,7 @@ namespace roundup {
 class FileBytes {
   public:
     // Opens the file for reading; IsOpen tells whether that went well.
-    FileBytes(IFileSystem& files, const char16_t* path) noexcept;
+    FileBytes(IFileSystem& files, const char16_t* path);
     ~FileBytes();
     FileBytes(const FileBytes&) = delete;
     FileBytes& operator=(const FileBytes&) = delete;
